@@ -1,0 +1,45 @@
+# Front door of the project: every target bootstraps what is missing first.
+BUILD_DIR      ?= build
+ASAN_BUILD_DIR ?= build-asan
+BENCH_BUILD_DIR ?= build-bench
+JOBS           ?= $(shell nproc 2>/dev/null || echo 2)
+CMAKE_FLAGS    ?=
+PREFIX         ?= /usr/local
+
+.PHONY: all bootstrap build build-asan demo test bench install clean format
+
+all: build
+
+bootstrap:
+	@bash scripts/bootstrap.sh
+
+build: bootstrap
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS)
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+
+build-asan: bootstrap
+	cmake -S . -B $(ASAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=Debug -DWEBSTEP_SANITIZE=ON \
+	  -DWEBSTEP_BUILD_BENCH=OFF -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" $(CMAKE_FLAGS)
+	cmake --build $(ASAN_BUILD_DIR) -j $(JOBS)
+
+demo: build
+	@bash scripts/demo.sh $(BUILD_DIR)/cli/webstep
+
+test: build build-asan
+	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+	cd $(ASAN_BUILD_DIR) && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
+	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+
+bench: bootstrap
+	cmake -S . -B $(BENCH_BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DWEBSTEP_BUILD_TESTS=OFF $(CMAKE_FLAGS)
+	cmake --build $(BENCH_BUILD_DIR) -j $(JOBS) --target webstep_bench
+	$(BENCH_BUILD_DIR)/bench/webstep_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+
+install: build
+	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
+
+format:
+	git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+clean:
+	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(BENCH_BUILD_DIR)
