@@ -1,3 +1,5 @@
+#include "EscapeCommand.h"
+
 #include "webstep/webstep.h"
 
 #include <CLI/CLI.hpp>
@@ -5,12 +7,11 @@
 #include <iostream>
 
 int main(int argc, char** argv) {
-    CLI::App app{"webstep: check, inspect and convert load-test web scripts"};
+    CLI::App app{"webstep: check, inspect and convert load-test web scripts on Linux"};
     app.set_version_flag("--version", std::string("webstep ") + webstep::GetVersion());
-    app.require_subcommand(0, 1);
+    app.require_subcommand(1, 1);
+    int exitCode = 0;
+    webstep::cli::AddEscapeCommands(app, &exitCode);
     CLI11_PARSE(app, argc, argv);
-    if (app.get_subcommands().empty()) {
-        std::cout << app.help();
-    }
-    return 0;
+    return exitCode;
 }

@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# The main job on the shipped examples.
+set -euo pipefail
+tool=${1:-build/cli/webstep}
+cd "$(dirname "$0")/.."
+
+sample=examples/escape/request-body.bin
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+echo "== $("$tool" --version)"
+echo "== escape $sample ($(wc -c < "$sample") bytes) into script text:"
+"$tool" escape < "$sample" | tee "$work/escaped.txt"
+echo
+echo "== does it need escaping?"
+"$tool" escape --check < "$sample" || true
+echo "== unescape the script text again:"
+"$tool" unescape < "$work/escaped.txt" > "$work/roundtrip.bin"
+if cmp -s "$sample" "$work/roundtrip.bin"; then
+  echo "round trip: identical ($(wc -c < "$work/roundtrip.bin") bytes)"
+else
+  echo "round trip: DIFFERENT" >&2
+  exit 1
+fi

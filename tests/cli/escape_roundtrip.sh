@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# The escape and unescape subcommands on whole programs' input and output.
+set -euo pipefail
+tool=$1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+fail() { echo "FAIL: $*" >&2; exit 1; }
+
+# Every byte value survives a round trip.
+for i in $(seq 0 255); do printf "\\x$(printf %02x "$i")"; done > "$work/all.bin"
+"$tool" escape < "$work/all.bin" > "$work/all.txt"
+"$tool" unescape < "$work/all.txt" > "$work/back.bin"
+cmp "$work/all.bin" "$work/back.bin" || fail "all byte values do not round-trip"
+
+# The escaped text is printable and uses upper-case hex digits.
+grep -q '\\x00' "$work/all.txt" || fail "NUL not written as \\x00"
+grep -q '\\xFF' "$work/all.txt" || fail "0xFF not written with upper-case digits"
+if LC_ALL=C grep -q '[^[:print:]	
+]' "$work/all.txt"; then fail "escaped text holds unprintable bytes"; fi
+
+# A backslash is doubled and comes back single.
+[ "$(printf 'a\\b' | "$tool" escape)" = 'a\\b' ] || fail "backslash not doubled"
+[ "$(printf 'a\\\\b' | "$tool" unescape)" = 'a\b' ] || fail "doubled backslash not undone"
+[ "$(printf 'a\\\\b' | "$tool" unescape --keep-double-backslash)" = 'a\\b' ] || fail "--keep-double-backslash"
+
+# Without kept text every byte is escaped.
+[ "$(printf 'AB' | "$tool" escape --no-keep-text)" = '\x41\x42' ] || fail "--no-keep-text"
+
+# Check mode: exit 0 for plain text, 1 when escapes are needed, nothing else printed.
+out=$(printf 'plain text' | "$tool" escape --check) || fail "plain text reported as needing escapes"
+[ "$out" = "no escaping needed" ] || fail "check message: $out"
+if printf 'a\001b' | "$tool" escape --check > /dev/null; then fail "control byte not detected"; fi
+printf '' | "$tool" escape --check > /dev/null || fail "empty input needs no escapes"
+
+# An escape cut short at the end of the text is copied as it stands.
+[ "$(printf 'a\\x4' | "$tool" unescape)" = 'a\x4' ] || fail "short escape not kept literally"
+
+# A NUL in the text to unescape is refused with a message.
+if printf 'a\000b' | "$tool" unescape > /dev/null 2> "$work/err"; then fail "NUL accepted"; fi
+grep -q 'NUL' "$work/err" || fail "no message for NUL input"
+
+# Usage errors say so and exit non-zero.
+if "$tool" escape --bogus > /dev/null 2>&1; then fail "unknown option accepted"; fi
+"$tool" --help | grep -q escape || fail "help does not list escape"
+"$tool" --version | grep -q '^webstep ' || fail "version"
+echo "escape round trip: all checks passed"
