@@ -7,7 +7,14 @@
 // codeset of the locale (LC_ALL, LC_CTYPE, LANG). The double-byte code pages
 // 932 (Shift-JIS), 936 (GBK), 949 (UHC) and 950 (Big5) have lead bytes; UTF-8
 // (65001) has multi-byte sequences whose bytes are all >= 0x80, so an ASCII
-// byte is never part of a character; every other code page is single-byte.
+// byte is never part of a character. EUC-JP (51932, up to 3 bytes) and
+// GB18030 (54936, up to 4 bytes) are multi-byte too, for Linux locales that
+// use them; every other code page is single-byte.
+//
+// Locale parsing: the first non-empty of LC_ALL, LC_CTYPE, LANG is used; its
+// codeset is the text between "." and "@" ("zh_CN.GBK" -> 936). "C", "POSIX",
+// a locale without codeset and an unknown codeset all give 1252, the code
+// page that Western Windows systems run with.
 #include <cstddef>
 
 namespace webstep::platform {
@@ -18,6 +25,9 @@ constexpr unsigned int CP_UHC = 949;
 constexpr unsigned int CP_BIG5 = 950;
 constexpr unsigned int CP_LATIN1 = 1252;
 constexpr unsigned int CP_UTF8 = 65001;
+constexpr unsigned int CP_LATIN1_ISO = 28591;
+constexpr unsigned int CP_EUC_JP = 51932;
+constexpr unsigned int CP_GB18030 = 54936;
 
 // The current process code page.
 unsigned int GetProcessCodePage();
@@ -27,25 +37,49 @@ void SetProcessCodePage(unsigned int codePage);
 // "ISO-8859-1", "CP936"; 0 when unknown.
 unsigned int CodePageFromCodeset(const char* codeset);
 
+// The code page that a locale name such as "zh_CN.GBK@x" stands for; 1252
+// for "C", "POSIX", an empty name, no codeset or an unknown codeset.
+unsigned int CodePageFromLocale(const char* locale);
+
+// 932, 936, 949 and 950.
 bool IsDoubleByteCodePage(unsigned int codePage);
+// Any code page with characters of more than one byte (the double-byte ones,
+// UTF-8, EUC-JP, GB18030).
+bool IsMultiByteCodePage(unsigned int codePage);
+// The longest character of the code page, in bytes.
+int GetMaxCharLength(unsigned int codePage);
+// Length of the character at s in the code page, looking at most n bytes,
+// with the semantics of mblen below.
+int CharLength(unsigned int codePage, const char* s, std::size_t n);
+// A half-width katakana byte, a one-byte character of Shift-JIS (0xA1-0xDF).
+bool IsHalfWidthKatakana(unsigned int codePage, unsigned char byte);
+bool IsHalfWidthKatakana(unsigned char byte);
 // Whether the byte starts a character of two or more bytes in the code page.
 bool IsLeadByte(unsigned int codePage, unsigned char byte);
 // The same in the current process code page.
 bool IsLeadByte(unsigned char byte);
-// Whether the system has a double-byte character set enabled (the process
-// code page is a double-byte one).
+// Whether the system has a double-byte character set enabled: the process
+// code page has characters of several bytes. UTF-8 counts too, so that text
+// in a UTF-8 locale is kept whole rather than treated byte by byte.
 bool IsDbcsEnabled();
 // The longest character of the current code page, in bytes.
 int GetMaxCharLength();
 
 // Runtime multi-byte functions, in the current process code page.
 int _ismbblead(unsigned int c);
-// First occurrence of c as a whole character (never as a trail byte).
+// First occurrence of c as a whole character (never as a trail byte). A c
+// above 0xFF is a multi-byte character, its bytes packed big-endian (0x955C).
+// c == 0 finds the terminating NUL.
 unsigned char* _mbschr(const unsigned char* s, unsigned int c);
 // Compare at most n bytes; a double-byte character cut by n is not compared.
+// Results are -1, 0 or 1. The case-insensitive form folds ASCII letters, the
+// letters of the Western single-byte code pages and the full-width Latin
+// letters of the East Asian code pages.
 int _mbsnbcmp(const unsigned char* a, const unsigned char* b, std::size_t n);
 int _mbsnbicmp(const unsigned char* a, const unsigned char* b, std::size_t n);
 // Copy at most n bytes, never half a character; pads with NULs like strncpy.
+// A lead byte whose character does not fit, or is cut by the end of src, is
+// replaced by a NUL.
 unsigned char* _mbsnbcpy(unsigned char* dst, const unsigned char* src, std::size_t n);
 // Length of the character at s looking at most n bytes: 0 for a NUL byte,
 // -1 for an invalid or cut sequence, else its byte count.
