@@ -1,0 +1,43 @@
+#pragma once
+// Conversion between raw bytes and the printable script form, in which a byte
+// that cannot stand in a script string is written "\xHH" (upper-case hex) and
+// a backslash is doubled. Buffers handed to the caller are freed with free().
+#include "webstep/foundation/MString.h"
+
+class CBinaryDataHandler {
+public:
+    CBinaryDataHandler& operator=(const CBinaryDataHandler&) { return *this; }
+
+    // 0-15 for a hexadecimal digit of either case, else -1.
+    static int CharToHexa(char c);
+    // p points after a backslash: the value of "xHH" / "XHH" there, else -1.
+    static int GetEscapedChar(char* p);
+    // Decodes the script form. *result gets a zero-terminated malloc'd buffer
+    // (the caller frees it); returns the byte count, or -1 when memory runs
+    // out or result is null. A null text decodes as "".
+    static int ConvertAsciiToBinary(const char* text, char** result, bool unescapeBackslash);
+    // Encodes into out; returns whether any byte needed an escape. In check
+    // mode nothing is written. With keepText false every single-byte
+    // character is escaped; multi-byte and half-width katakana characters of
+    // a double-byte code page are always copied as they are.
+    static bool ConvertBinaryToAsciiEx(const unsigned char* data, unsigned int length, MString& out,
+                                       bool checkOnly, bool keepText);
+    static bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, MString& out,
+                                     bool checkOnly);
+    // Encodes into a caller's buffer of capacity *outLength (no terminator,
+    // no multi-byte handling). What does not fit is counted but not written;
+    // outside check mode *outLength receives the size the whole output needs.
+    static bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, char* out,
+                                     unsigned int* outLength, bool checkOnly);
+};
+
+// Free functions of the same names, forwarding to CBinaryDataHandler.
+int CharToHexa(char c);
+int GetEscapedChar(char* p);
+int ConvertAsciiToBinary(const char* text, char** result, bool unescapeBackslash);
+bool ConvertBinaryToAsciiEx(const unsigned char* data, unsigned int length, MString& out,
+                            bool checkOnly, bool keepText);
+bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, MString& out,
+                          bool checkOnly);
+bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, char* out,
+                          unsigned int* outLength, bool checkOnly);
