@@ -1,0 +1,227 @@
+#include "webstep/forms/DataSet.h"
+
+#include <unicode/ucnv.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "webstep/forms/EscArgs.h"
+#include "webstep/foundation/BinaryDataHandler.h"
+#include "webstep/platform/CodePage.h"
+
+namespace {
+
+bool IsSpace(unsigned char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+// Trail bytes of the double-byte code pages are never white space, so a
+// byte-wise trim is multi-byte safe.
+void Trim(MString& text) {
+    size_t begin = 0;
+    while (begin < text.size() && IsSpace(static_cast<unsigned char>(text[begin])))
+        ++begin;
+    size_t end = text.size();
+    while (end > begin && IsSpace(static_cast<unsigned char>(text[end - 1])))
+        --end;
+    text = text.substr(begin, end - begin);
+}
+
+// UTF-8 to the process code page through UTF-16. Characters the code page
+// cannot hold become "?"; when no converter is known for the code page the
+// text is left as it is.
+void Utf8ToProcessCodePage(MString& text) {
+    const unsigned int codePage = webstep::platform::GetProcessCodePage();
+    if (codePage == webstep::platform::CP_UTF8 || text.empty())
+        return;
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* utf8 = ucnv_open("UTF-8", &status);
+    if (U_FAILURE(status) || utf8 == nullptr)
+        return;
+    UConverter* target = nullptr;
+    const char* const patterns[] = {"windows-%u", "cp%u", "ibm-%u"};
+    for (const char* pattern : patterns) {
+        char name[32];
+        std::snprintf(name, sizeof name, pattern, codePage);
+        status = U_ZERO_ERROR;
+        target = ucnv_open(name, &status);
+        if (U_SUCCESS(status) && target != nullptr)
+            break;
+        if (target != nullptr)
+            ucnv_close(target);
+        target = nullptr;
+    }
+    if (target == nullptr) {
+        ucnv_close(utf8);
+        return;
+    }
+    status = U_ZERO_ERROR;
+    ucnv_setSubstChars(target, "?", 1, &status);
+    status = U_ZERO_ERROR;
+    std::u16string wide(text.size() + 1, u'\0');
+    int32_t wideLength = ucnv_toUChars(utf8, wide.data(), static_cast<int32_t>(wide.size()),
+                                       text.data(), static_cast<int32_t>(text.size()), &status);
+    if (U_SUCCESS(status)) {
+        MString out(static_cast<size_t>(wideLength) * 4 + 4, '\0');
+        int32_t length = ucnv_fromUChars(target, out.data(), static_cast<int32_t>(out.size()),
+                                         wide.data(), wideLength, &status);
+        if (U_SUCCESS(status)) {
+            out.resize(static_cast<size_t>(length));
+            text.swap(out);
+        }
+    }
+    ucnv_close(target);
+    ucnv_close(utf8);
+}
+
+// Decodes the script form of escaped bytes (\xHH) in place.
+void DecodeEscaped(MString& text, bool binaryFlag) {
+    char* result = nullptr;
+    int length = CBinaryDataHandler::ConvertAsciiToBinary(text.c_str(), &result, binaryFlag);
+    if (length >= 0 && result != nullptr)
+        text.assign(result, static_cast<size_t>(length));
+    std::free(result);
+}
+
+CData* NewItem(const MString& name, const MString& value, CData::DataType type) {
+    return new CData(name, value, CData::RT_LITERAL, CData::RT_LITERAL, type, true, MString(),
+                     MString(), false, MString(), MString(), MString());
+}
+
+}  // namespace
+
+bool CDataSet::operator==(CDataSet& other) const {
+    if (actionUrl != other.actionUrl)
+        return false;
+    const auto& mine = elements.GetList();
+    const auto& theirs = other.elements.GetList();
+    auto a = mine.begin();
+    auto b = theirs.begin();
+    for (; a != mine.end() && b != theirs.end(); ++a, ++b) {
+        if (*a != *b)
+            return false;
+    }
+    return a == mine.end() && b == theirs.end();
+}
+
+bool CDataSet::Parametrize(CContext* ctx) const {
+    bool ok = true;
+    for (const CData* item : elements.GetList()) {
+        if (!item->Parametrize(ctx))
+            ok = false;
+    }
+    return ok;
+}
+
+bool CDataSet::ExtractRequestAttributeEx(const MString& text, const MString& attribute,
+                                         MString& out) {
+    out.clear();
+    size_t at = text.find(attribute);
+    if (at == MString::npos)
+        return false;
+    size_t start = at + attribute.size();
+    size_t end = text.find_first_of("\r\n;", start);
+    out = text.substr(start, end == MString::npos ? MString::npos : end - start);
+    Trim(out);
+    if (out.size() >= 2 && out.front() == '"' && out.back() == '"') {
+        out = out.substr(1, out.size() - 2);
+        Trim(out);
+    }
+    return true;
+}
+
+MString CDataSet::ExtractRequestAttribute(MString text, MString attribute) {
+    MString out;
+    ExtractRequestAttributeEx(text, attribute, out);
+    return out;
+}
+
+void CDataSet::AddDataFromString(const MString& body, MString boundary, bool binaryEscaped,
+                                 bool skipRoundTripCheck, bool& roundTripOk, bool& atWasEscaped,
+                                 bool fromUtf8, bool binaryFlag) {
+    roundTripOk = true;
+    atWasEscaped = false;
+    elements.PurgeData();
+
+    if (!boundary.empty()) {
+        const MString delimiter = "--" + boundary;
+        size_t current = body.find(delimiter);
+        while (current != MString::npos) {
+            size_t headerEnd = body.find("\r\n\r\n", current);
+            size_t next = body.find(delimiter, current + delimiter.size());
+            if (headerEnd == MString::npos || next == MString::npos)
+                break;
+            size_t headerStart = current + delimiter.size();
+            size_t contentStart = headerEnd + 4;
+            // A header that runs past the next delimiter leaves no part to
+            // read: treated as an incomplete part.
+            if (contentStart > next)
+                break;
+            MString header = body.substr(headerStart, contentStart - headerStart);
+            MString name;
+            if (!ExtractRequestAttributeEx(header, "name=", name))
+                break;
+            if (binaryEscaped)
+                DecodeEscaped(name, binaryFlag);
+
+            MString value;
+            CData::DataType type = CData::DT_UNSPECIFIED;
+            MString fileName;
+            if (ExtractRequestAttributeEx(header, "filename=", fileName)) {
+                // A file part: the file name stands for the content.
+                type = CData::DT_FILE;
+                value = fileName;
+                if (binaryEscaped && !value.empty())
+                    DecodeEscaped(value, binaryFlag);
+            } else {
+                value = body.substr(contentStart, next - contentStart);
+                if (value.size() >= 2 && value.compare(value.size() - 2, 2, "\r\n") == 0)
+                    value.resize(value.size() - 2);
+                if (binaryEscaped)
+                    DecodeEscaped(value, binaryFlag);
+            }
+            if (fromUtf8) {
+                Utf8ToProcessCodePage(name);
+                Utf8ToProcessCodePage(value);
+            }
+            elements.AddTail(NewItem(name, value, type));
+            current = next;
+        }
+        return;
+    }
+
+    // Walks the body with a cursor instead of copying the remaining text.
+    size_t position = 0;
+    while (position < body.size()) {
+        size_t equals = body.find('=', position);
+        if (equals == MString::npos)
+            break;
+        MString rawName = body.substr(position, equals - position);
+        size_t amp = body.find('&', equals + 1);
+        MString rawValue;
+        if (amp == MString::npos) {
+            rawValue = body.substr(equals + 1);
+            position = body.size();
+        } else {
+            rawValue = body.substr(equals + 1, amp - equals - 1);
+            position = amp + 1;
+        }
+        MString name = rawName;
+        MString value = rawValue;
+        UnEscArgs(name, &atWasEscaped);
+        UnEscArgs(value, &atWasEscaped);
+        MString itemName = name;
+        MString itemValue = value;
+        if (fromUtf8) {
+            Utf8ToProcessCodePage(itemName);
+            Utf8ToProcessCodePage(itemValue);
+        }
+        elements.AddTail(NewItem(itemName, itemValue, CData::DT_UNSPECIFIED));
+        if (!skipRoundTripCheck && roundTripOk) {
+            EscArgs(name, atWasEscaped);
+            EscArgs(value, atWasEscaped);
+            roundTripOk = name == rawName && value == rawValue;
+        }
+    }
+}

@@ -1,0 +1,73 @@
+#pragma once
+// The data items of a step with the action URL they go to; reading a recorded
+// request body back into items; and the non-owning list of data sets.
+#include <list>
+
+#include "webstep/foundation/MString.h"
+#include "webstep/forms/Data.h"
+
+class CContext;
+
+class CDataSet {
+public:
+    using iterator = CDataElements::iterator;
+
+    CDataSet() = default;
+    explicit CDataSet(const MString& actionUrl) : actionUrl(actionUrl) {}
+    // Copies share the items (see CDataElements).
+    CDataSet(const CDataSet& other) = default;
+    CDataSet& operator=(const CDataSet& other) = default;
+    ~CDataSet() = default;
+
+    void AddData(CData* item) { elements.AddTail(item); }
+    void AddDataBefore(CData* item, iterator& where) { elements.AddDataBefore(item, where); }
+    void AddDataAfter(CData* item, iterator& where) { elements.AddDataAfter(item, where); }
+    bool RemoveData(CData* item) { return elements.RemoveData(item); }
+
+    const CDataElements& DataElements() const { return elements; }
+    CDataElements& DataElements() { return elements; }
+    unsigned int GetNumElements() const { return elements.GetNumElements(); }
+    const MString& GetActionUrl() const { return actionUrl; }
+    void SetActionUrl(const MString& url) { actionUrl = url; }
+
+    // Drops the item references without deleting the items.
+    void ClearDataReferences() { elements.GetList().clear(); }
+
+    // True only when both sets hold the very same items in the same order
+    // (recognises a shallow copy) and the same action URL.
+    bool operator==(CDataSet& other) const;
+
+    // Every item is visited; true when all succeeded.
+    bool Parametrize(CContext* ctx) const;
+
+    // Replaces the items by those of a recorded body: multipart when boundary
+    // is given, URL-encoded otherwise.
+    void AddDataFromString(const MString& body, MString boundary, bool binaryEscaped,
+                           bool skipRoundTripCheck, bool& roundTripOk, bool& atWasEscaped,
+                           bool fromUtf8, bool binaryFlag);
+
+    // The value of a header attribute such as name= (empty when absent).
+    static MString ExtractRequestAttribute(MString text, MString attribute);
+    static bool ExtractRequestAttributeEx(const MString& text, const MString& attribute,
+                                          MString& out);
+
+private:
+    MString actionUrl;
+    CDataElements elements;
+};
+
+// Non-owning list of data sets.
+class CDataSets {
+public:
+    CDataSets() = default;
+    CDataSets(const CDataSets&) = default;
+    CDataSets& operator=(const CDataSets&) = default;
+    ~CDataSets() { m_List.clear(); }
+
+    void AddDataSet(CDataSet* dataSet) { m_List.push_back(dataSet); }
+    virtual const std::list<CDataSet*>& GetList() const { return m_List; }
+    virtual std::list<CDataSet*>& GetList() { return m_List; }
+
+private:
+    std::list<CDataSet*> m_List;
+};
