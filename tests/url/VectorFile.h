@@ -39,7 +39,7 @@ inline std::optional<std::string> DecodeVectorField(const std::string& raw) {
                 out += '\r';
                 break;
             case 'x':
-                if (i + 2 < raw.size() + 0 && i + 2 <= raw.size() - 1 + 1) {
+                if (i + 2 < raw.size()) {
                     out += static_cast<char>(std::stoi(raw.substr(i + 1, 2), nullptr, 16));
                     i += 2;
                 }
@@ -79,8 +79,10 @@ inline std::vector<VectorRow> ReadVectorFile(const std::string& path) {
 }
 
 // Printable form of a byte string for failure messages.
-inline std::string Escaped(const std::string& s) {
+inline std::string Escaped(const std::string& whole) {
     static const char* hex = "0123456789ABCDEF";
+    // Long inputs are cut so that a failure message stays readable.
+    std::string s = whole.size() > 300 ? whole.substr(0, 300) : whole;
     std::string out;
     for (unsigned char c : s) {
         if (c == '\\')
@@ -93,6 +95,8 @@ inline std::string Escaped(const std::string& s) {
             out += hex[c & 15];
         }
     }
+    if (whole.size() > s.size())
+        out += "...(" + std::to_string(whole.size()) + " bytes)";
     return out;
 }
 

@@ -106,7 +106,7 @@ TEST(WinInetVectors, EveryCrackRowMatchesTheRecordedComponents) {
     EXPECT_EQ(log.count, 0) << log.text.str();
 }
 
-TEST(WinInetVectors, DISABLED_EveryCanonicalizeRowMatchesTheRecordedResult) {
+TEST(WinInetVectors, EveryCanonicalizeRowMatchesTheRecordedResult) {
     auto rows = ReadVectorFile(webstep::test::RequireShared("vectors/wininet-canon.tsv").string());
     ASSERT_GT(rows.size(), 1300u);
     MismatchLog log;
