@@ -443,3 +443,16 @@ TEST(CharacterServicesThreads, ConcurrentUseIsSafe) {
     for (int h : hits)
         EXPECT_EQ(h, 2000);
 }
+
+TEST(ConvertStrings, OldJisFormWithRomanClosingEscape) {
+    // ESC $ @ opens JIS C 6226, ESC ( J returns to JIS-Roman.
+    const std::string jis = "\x1B$@$\"\x1B(Jab";
+    EXPECT_EQ(Convert(OS_ENCODED_ISO2022JP, OS_ENCODED_SHIFT_JIS, jis), kSjisA + "ab");
+}
+
+TEST(ConvertStrings, UnclosedJisSequenceStillConverts) {
+    // The input may end inside a sequence; a whole character still converts
+    // and a dangling half becomes "?".
+    EXPECT_EQ(Convert(OS_ENCODED_ISO2022JP, OS_ENCODED_SHIFT_JIS, "\x1B$B$\""), kSjisA);
+    EXPECT_EQ(Convert(OS_ENCODED_ISO2022JP, OS_ENCODED_SHIFT_JIS, "\x1B$B$\"$"), kSjisA + "?");
+}

@@ -486,3 +486,50 @@ TEST(Mblen, EucJpAndGb18030Lengths) {
     EXPECT_EQ(CharLength(54936, "\x81\x30\x81", 3), -1);
     EXPECT_EQ(CharLength(54936, "\xB1\xED", 2), 2);
 }
+
+// --- further code pages --------------------------------------------------
+
+TEST(Mbschr, Big5TrailBackslashIsNotFound) {
+    CodePageGuard cp(950);
+    // 許 is 0xB3 0x5C in Big5.
+    const char text[] = "\xB3\x5C\\";
+    EXPECT_EQ(_mbschr(U(text), '\\'), U(text) + 2);
+    EXPECT_EQ(_mbschr(U("\xB3\x5C"), '\\'), nullptr);
+}
+
+TEST(Mbschr, Gb18030FourByteCharacterHidesItsDigits) {
+    CodePageGuard cp(54936);
+    // 0x81 0x30 0x81 0x30 is one character whose second and fourth bytes
+    // are the digit 0.
+    const char text[] =
+        "\x81\x30\x81\x30"
+        "0";
+    EXPECT_EQ(_mbschr(U(text), '0'), U(text) + 4);
+    EXPECT_EQ(_mbschr(U("\x81\x30\x81\x30"), '0'), nullptr);
+}
+
+TEST(Mbschr, EucJpThreeByteCharacterIsSkippedWhole) {
+    CodePageGuard cp(51932);
+    const char text[] = "\x8F\xB0\xA1\xB0\xA1";
+    // The bytes 0xB0 0xA1 after the three-byte character form a character
+    // of their own at offset 3, never at offset 1.
+    EXPECT_EQ(_mbschr(U(text), 0xB0A1u), U(text) + 3);
+}
+
+TEST(Mbsnbcmp, Utf8CutCharacterIsNotCompared) {
+    CodePageGuard cp(65001);
+    // 中 (E4 B8 AD) against 丸 (E4 B8 B8): a bound of 2 cuts both.
+    EXPECT_EQ(_mbsnbcmp(U("\xE4\xB8\xAD"), U("\xE4\xB8\xB8"), 2), 0);
+    EXPECT_NE(_mbsnbcmp(U("\xE4\xB8\xAD"), U("\xE4\xB8\xB8"), 3), 0);
+    EXPECT_EQ(_mbsnbicmp(U("X\xE4\xB8\xAD"), U("x\xE4\xB8\xAD"), 4), 0);
+}
+
+TEST(Mbschr, HugeStringSearchedToTheEnd) {
+    CodePageGuard cp(932);
+    std::string big;
+    for (int i = 0; i < 100000; ++i)
+        big += "\x95\x5C";
+    EXPECT_EQ(_mbschr(U(big.c_str()), '\\'), nullptr);
+    big += "\\";
+    EXPECT_EQ(_mbschr(U(big.c_str()), '\\'), U(big.c_str()) + 200000);
+}
