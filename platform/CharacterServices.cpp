@@ -457,11 +457,18 @@ bool os_conv_strings(xeOsEncodedMethod from, xeOsEncodedMethod to, const char* s
         return false;
 
     // Every input byte gives at most one UTF-16 unit, a four-byte sequence
-    // two, so n + 1 units always suffice.
+    // two, so n + 1 units suffice; a table that maps one code to several
+    // code points is served by a second, measured pass.
     std::u16string wide(n + 1, u'\0');
-    const int32_t units =
-        ucnv_toUChars(source.get(), wide.data(), static_cast<int32_t>(wide.size()), s,
-                      static_cast<int32_t>(n), &status);
+    int32_t units = ucnv_toUChars(source.get(), wide.data(), static_cast<int32_t>(wide.size()), s,
+                                  static_cast<int32_t>(n), &status);
+    if (status == U_BUFFER_OVERFLOW_ERROR) {
+        status = U_ZERO_ERROR;
+        ucnv_resetToUnicode(source.get());
+        wide.assign(static_cast<std::size_t>(units) + 1, u'\0');
+        units = ucnv_toUChars(source.get(), wide.data(), static_cast<int32_t>(wide.size()), s,
+                              static_cast<int32_t>(n), &status);
+    }
     if (U_FAILURE(status))
         return false;
     wide.resize(static_cast<std::size_t>(units));
