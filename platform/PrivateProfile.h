@@ -1,0 +1,66 @@
+#pragma once
+// The Windows private-profile (INI file) functions, on plain files.
+//
+// File format, as read: lines end with LF or CRLF; a line whose first
+// non-blank character is "[" opens a section named by the text up to the
+// last "]" (trimmed); any other non-blank line is a key, split at its first
+// "=" (name and value trimmed of white space), or a key without a value when
+// it has no "=". Keys before the first section belong to the section "".
+// Names compare case-insensitively (ASCII). When a section or key occurs
+// twice, the first one wins. ";" starts no comment: a line "; k=v" is the key
+// "; k". A value enclosed in matching single or double quotes loses them.
+//
+// Writes change only the line concerned and keep every other byte of the
+// file (blank lines, spacing, comments, line endings); a changed key is
+// written as "name=value", new lines use the file's line ending (CRLF for a
+// new file). A write replaces the file as a whole through a temporary file
+// in the same directory, so readers see the old or the new file, never a
+// mix. Writes from threads of one process are serialised; concurrent
+// writers in other processes may overwrite each other's changes.
+//
+// A relative path is taken relative to the working directory. Errors are
+// reported through GetLastError() (LastError.h): ERROR_FILE_NOT_FOUND when
+// the file is missing (reads still return the default), and for failed
+// writes the cause: 3 (path not found), 5 (access denied), 87 (invalid
+// parameter) or 2 (file not found).
+#include <cstdint>
+
+#include "webstep/platform/LastError.h"
+
+namespace webstep::platform {
+
+using BOOL = int;
+using UINT = unsigned int;
+using INT = int;
+using LPSTR = char*;
+using LPCSTR = const char*;
+
+// Copies into buffer (size bytes) and returns the bytes copied, without the
+// terminator:
+// - section and key given: the key's value, else the default (trailing
+//   spaces of the default removed, enclosing quotes stripped); cut to
+//   size - 1 bytes, never in the middle of a double-byte character.
+// - section NULL: the names of all sections; key NULL: the names of the keys
+//   of the section; each name NUL-terminated, the list ended by a second NUL.
+//   When the list does not fit, it is cut, ended with two NULs, and the
+//   result is size - 2.
+// A null buffer or a size of 0 returns 0 and writes nothing.
+DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue, LPSTR buffer,
+                               DWORD size, LPCSTR fileName);
+
+// The key's value read as an integer: leading white space, an optional sign,
+// an optional prefix "0x" (hex), "0o" (octal) or "0b" (binary), then digits
+// up to the first that does not belong to the base; the value wraps modulo
+// 2^32 ("0" when there are no digits). The default when the key is missing,
+// has no value or an empty one, or the file is missing.
+UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultValue, LPCSTR fileName);
+
+// Sets section/key to value, creating the file, the section and the key as
+// needed. A NULL key deletes every section of that name; a NULL value deletes
+// the key (the first of that name). A NULL section fails with
+// ERROR_FILE_NOT_FOUND, except that all three NULL (a cache flush on
+// Windows) succeeds and does nothing. Deleting what does not exist succeeds
+// and leaves the file (or its absence) untouched. Returns nonzero on success.
+BOOL WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR fileName);
+
+}  // namespace webstep::platform
