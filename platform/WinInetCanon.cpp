@@ -146,9 +146,9 @@ std::string ProcessPath(std::string_view path, const PathRules& rules) {
     if (lastWasDot) {
         if (!result.empty() && !isSep(result.back()) && !IsSep(result.back()))
             result += rules.outSep ? rules.outSep : '/';
-        else if (result.empty() && rules.slashWhenEmpty)
-            result += rules.outSep ? rules.outSep : '/';
     }
+    if (result.empty() && rules.slashWhenEmpty && !path.empty())
+        result += rules.outSep ? rules.outSep : '/';
     (void)lastDotSep;
     return result;
 }
@@ -323,6 +323,63 @@ std::string FilePath(std::string_view s) {
     return "file://\\\\" + std::string(host) + path + tail.suffix;
 }
 
+// The URL form of file paths that combining produces ("file:///C:/x").
+
+PathRules UrlPathRules() {
+    PathRules r;
+    r.leaveIfFirstIsDot = true;
+    return r;
+}
+
+// "X:" and what follows; text glued to the drive is a segment of its own
+// that ".." can remove.
+std::string UrlDrivePath(std::string_view d) {
+    std::string root(d.substr(0, 2));
+    std::string_view r = d.substr(2);
+    if (r.empty())
+        return root;
+    if (r[0] == '/')
+        return root + ProcessPath(r, UrlPathRules());
+    PathRules glued;
+    glued.rootPoppable = true;
+    return root + ProcessPath(r, glued);
+}
+
+std::string UrlPath(std::string_view p) {
+    if (StartsWithDrive(p.substr(1)))
+        return "/" + UrlDrivePath(p.substr(1));
+    return ProcessPath(p, UrlPathRules());
+}
+
+std::string FileUrlForm(std::string_view rest) {
+    Tail t = SplitTail(rest, false);
+    std::string body(t.body);
+    for (char& c : body)
+        if (c == '\\')
+            c = '/';
+    std::size_t n = 0;
+    while (n < body.size() && body[n] == '/')
+        ++n;
+    if (n == 0) {
+        if (StartsWithDrive(body))
+            return "file:///" + UrlDrivePath(body) + t.suffix;
+        PathRules r;
+        r.rootPoppable = true;
+        return "file:" + ProcessPath(body, r) + t.suffix;
+    }
+    if (n == 1 || n == 3)
+        return "file://" + UrlPath(std::string_view(body).substr(n - 1)) + t.suffix;
+    // Two separators, or four and more (taken as two): a server name.
+    std::string_view server = std::string_view(body).substr(n);
+    std::size_t j = server.find('/');
+    std::string_view host = server.substr(0, j == std::string_view::npos ? server.size() : j);
+    std::string_view path = j == std::string_view::npos ? std::string_view() : server.substr(j);
+    if (host.size() == 2 && StartsWithDrive(host))
+        return "file:///" + UrlDrivePath(server) + t.suffix;
+    return "file://" + std::string(host) + (path.empty() ? std::string("/") : UrlPath(path)) +
+           t.suffix;
+}
+
 // ---------------------------------------------------------------------------
 
 std::string CanonHierarchical(const std::string& scheme, SchemeClass cls, std::string_view rest) {
@@ -400,6 +457,10 @@ std::string CanonMoniker(std::string_view rest) {
 
 std::string CanonicalizeUrl(std::string_view url, DWORD flags) {
     (void)flags;
+    return CanonicalizeUrlForm(url, false);
+}
+
+std::string CanonicalizeUrlForm(std::string_view url, bool fileUrlForm) {
     // Leading and trailing blanks and control characters go; tabs and line
     // ends go everywhere.
     std::size_t b = 0, e = url.size();
@@ -414,9 +475,9 @@ std::string CanonicalizeUrl(std::string_view url, DWORD flags) {
             s += url[i];
 
     if (s.size() >= 2 && s[0] == '\\' && s[1] == '\\')
-        return FilePath(s);
+        return fileUrlForm ? FileUrlForm(s) : FilePath(s);
     if (StartsWithDrive(s))
-        return "file://" + FilePath(s).substr(7);
+        return fileUrlForm ? FileUrlForm(s) : "file://" + FilePath(s).substr(7);
 
     std::size_t colon = s.find(':');
     std::size_t stop = s.find_first_of("/\\?#");
@@ -430,7 +491,7 @@ std::string CanonicalizeUrl(std::string_view url, DWORD flags) {
         if (!IsSchemeChar(c))
             validScheme = false;
     if (scheme == "file")
-        return FilePath(rest);
+        return fileUrlForm ? FileUrlForm(rest) : FilePath(rest);
     SchemeClass cls = Classify(scheme);
     if (!validScheme)
         cls = SchemeClass::Unknown;

@@ -30,6 +30,9 @@ INTERNET_PORT DefaultPort(int nScheme);
 namespace webstep::platform {
 
 std::string CanonicalizeUrl(std::string_view url, DWORD flags);
+// With fileUrlForm, file URLs and DOS paths take the URL form that combining
+// produces ("file:///C:/dir/x") instead of the path form ("file://C:\\dir\\x").
+std::string CanonicalizeUrlForm(std::string_view url, bool fileUrlForm);
 std::string CombineUrl(std::string_view base, std::string_view relative, DWORD flags);
 // Buffer contract of the canonicalise/combine services.
 BOOL CopyResult(const std::string& result, LPSTR buffer, LPDWORD length, bool setError);

@@ -128,7 +128,7 @@ TEST(WinInetVectors, EveryCanonicalizeRowMatchesTheRecordedResult) {
     EXPECT_EQ(log.count, 0) << log.text.str();
 }
 
-TEST(WinInetVectors, DISABLED_EveryCombineRowMatchesTheRecordedResult) {
+TEST(WinInetVectors, EveryCombineRowMatchesTheRecordedResult) {
     auto rows =
         ReadVectorFile(webstep::test::RequireShared("vectors/wininet-combine.tsv").string());
     ASSERT_GT(rows.size(), 900u);

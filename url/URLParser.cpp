@@ -1,0 +1,588 @@
+#include "webstep/url/URLParser.h"
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "webstep/platform/CodePage.h"
+#include "webstep/platform/LastError.h"
+
+using namespace webstep::platform;
+
+// ---------------------------------------------------------------------------
+// Scheme table
+
+const InternetSchemeMap::AuxRow InternetSchemeMap::m_SchemeDescrAuxArray[] = {
+    {"unknown", ":", 0, 0},  {"ftp", "://", 1, 21},     {"gopher", "://", 1, 70},
+    {"http", "://", 1, 80},  {"https", "://", 1, 443},  {"file", "://", 1, 0},
+    {"news", ":", 0, 0},     {"mailto", ":", 0, 0},     {"socks", "://", 1, 1080},
+    {"telnet", "://", 1, 0}, {"javascript", ":", 0, 0}, {"term", ":", 0, 0},
+};
+const long InternetSchemeMap::m_SchemeDescrArraySize = 12;
+SchemeDescr* InternetSchemeMap::m_SchemeDescrArray = nullptr;
+std::map<MString, SchemeDescr*>* InternetSchemeMap::m_SchemeNameMap = nullptr;
+
+InternetSchemeMap::InternetSchemeMap() {
+    if (m_SchemeDescrArray != nullptr)
+        return;
+    m_owner = true;
+    m_SchemeDescrArray = new SchemeDescr[m_SchemeDescrArraySize];
+    m_SchemeNameMap = new std::map<MString, SchemeDescr*>();
+    for (long i = 0; i < m_SchemeDescrArraySize; ++i) {
+        const AuxRow& row = m_SchemeDescrAuxArray[i];
+        m_SchemeDescrArray[i] =
+            SchemeDescr{row.name, row.separator, row.hierarchical, row.defaultPort};
+        (*m_SchemeNameMap)[row.name] = &m_SchemeDescrArray[i];
+    }
+}
+
+InternetSchemeMap::~InternetSchemeMap() {
+    if (!m_owner)
+        return;
+    delete m_SchemeNameMap;
+    delete[] m_SchemeDescrArray;
+    m_SchemeNameMap = nullptr;
+    m_SchemeDescrArray = nullptr;
+}
+
+SchemeDescr* InternetSchemeMap::GetDescr(const char* name) {
+    if (name != nullptr) {
+        auto it = m_SchemeNameMap->find(name);
+        if (it != m_SchemeNameMap->end())
+            return it->second;
+    }
+    return &m_SchemeDescrArray[0];
+}
+
+SchemeDescr* InternetSchemeMap::GetDescr(long tag) {
+    return &m_SchemeDescrArray[tag];
+}
+
+long InternetSchemeMap::GetTag(SchemeDescr* descr) {
+    return static_cast<long>(descr - m_SchemeDescrArray);
+}
+
+bool InternetSchemeMap::IsUnknown(SchemeDescr* descr) {
+    return descr == &m_SchemeDescrArray[0];
+}
+
+InternetSchemeMap& TheInternetSchemeMap() {
+    static InternetSchemeMap map;
+    return map;
+}
+
+// ---------------------------------------------------------------------------
+// Platform calls with the insufficient-buffer retry
+
+namespace {
+
+template <typename Call>
+bool CallWithRetry(MString& out, Call call) {
+    std::vector<char> buffer(256);
+    DWORD length = static_cast<DWORD>(buffer.size());
+    if (!call(buffer.data(), &length)) {
+        if (GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+            return false;
+        buffer.assign(static_cast<std::size_t>(length) + 1, '\0');
+        length = static_cast<DWORD>(buffer.size());
+        if (!call(buffer.data(), &length))
+            return false;
+    }
+    out.assign(buffer.data(), length);
+    return true;
+}
+
+bool CanonicalizeURL(const char* url, MString& out) {
+    return CallWithRetry(out, [url](char* buf, DWORD* len) {
+        return InternetCanonicalizeUrlA(url, buf, len, ICU_NO_ENCODE);
+    });
+}
+
+bool CombineURL(const char* base, const char* relative, MString& out) {
+    return CallWithRetry(out, [=](char* buf, DWORD* len) {
+        return InternetCombineUrlA(base, relative, buf, len, ICU_NO_ENCODE);
+    });
+}
+
+bool IsEmpty(const char* s) {
+    return s == nullptr || *s == '\0';
+}
+
+}  // namespace
+
+// ---------------------------------------------------------------------------
+// CURLParser
+
+CURLParser::CrackFunc CURLParser::lpfncInternetCrackURL = &InternetCrackUrlA;
+
+CURLParser::CURLParser() {
+    Clear();
+}
+
+CURLParser::CURLParser(const char* url) {
+    Clear();
+    CreateFromAbsoluteURL(url);
+}
+
+CURLParser::CURLParser(const CURLParser& base, const char* url) {
+    Clear();
+    if (base.IsValid())
+        CreateFromRelativeURL(base, url);
+    else
+        CreateFromAbsoluteURL(url);
+}
+
+CURLParser::CURLParser(const char* server, const char* fullPath, const char* scheme) {
+    Clear();
+    CreateFromServerAndFullPath(server, fullPath, scheme);
+}
+
+CURLParser::CURLParser(const char* host, unsigned int port, const char* fullPath,
+                       const char* scheme) {
+    Clear();
+    CreateFromHostAndFullPath(host, port, fullPath, scheme);
+}
+
+CURLParser::CURLParser(const char* server, const char* path, const char* ignored,
+                       const char* scheme, const char* userInfo, const char* sixth,
+                       const char* search) {
+    Clear();
+    CreateFromServerAndURLParts(server, path, ignored, scheme, userInfo, sixth, search);
+}
+
+CURLParser::CURLParser(const char* host, unsigned int port, const char* path, const char* ignored,
+                       const char* scheme, const char* userInfo, const char* sixth,
+                       const char* search) {
+    Clear();
+    CreateFromHostAndURLParts(host, port, path, ignored, scheme, userInfo, sixth, search);
+}
+
+void CURLParser::Clear() {
+    TheInternetSchemeMap();
+    m_valid = 0;
+    m_scheme = InternetSchemeMap::m_SchemeDescrArray;
+    m_host.clear();
+    m_port = 0;
+    m_userName.clear();
+    m_password.clear();
+    m_path.clear();
+    m_file.clear();
+    m_extraInfo.clear();
+    m_explicitPort = false;
+}
+
+int CURLParser::Create(const CURLParser& base, const char* url) {
+    return CreateFromRelativeURL(base, url);
+}
+
+int CURLParser::CreateFromAbsoluteURL(const char* url) {
+    Clear();
+    // A bare fragment or query is never an absolute URL.
+    if (url == nullptr || url[0] == '#' || url[0] == '?')
+        return 0;
+    MString canonical;
+    if (!CanonicalizeURL(url, canonical))
+        return 0;
+    return m_valid = CreateFromCanonicalText(canonical.c_str(), url);
+}
+
+int CURLParser::CreateFromRelativeURL(const CURLParser& base, const char* url) {
+    MString baseText;
+    base.ToStringRep(baseText, LABEL | SEARCH);
+    Clear();
+    if (url == nullptr)
+        return 0;
+    MString combined;
+    if (!CombineURL(baseText.c_str(), url, combined))
+        return 0;
+    return m_valid = CreateFromCanonicalText(combined.c_str(), combined.c_str());
+}
+
+int CURLParser::CreateFromCanonicalText(const char* text, const char* portSearchText) {
+    URL_COMPONENTSA components{};
+    components.dwStructSize = URL_COMPONENTSA_SIZE32;
+    components.dwSchemeLength = components.dwHostNameLength = components.dwUserNameLength =
+        components.dwPasswordLength = components.dwUrlPathLength = components.dwExtraInfoLength =
+            DWORD(-1);
+    CrackFunc crack = lpfncInternetCrackURL ? lpfncInternetCrackURL : &InternetCrackUrlA;
+    if (!crack(text, static_cast<DWORD>(std::strlen(text)), 0, &components))
+        return 0;
+    if (!CreateFromURLComponents(components))
+        return 0;
+    // A plain substring test: ":<port>" anywhere in the text counts.
+    MString needle = ":" + std::to_string(m_port);
+    m_explicitPort = std::strstr(portSearchText, needle.c_str()) != nullptr;
+    return 1;
+}
+
+int CURLParser::CreateFromURLComponents(const URL_COMPONENTSA& c) {
+    auto piece = [](const char* p, DWORD n) {
+        return p != nullptr && n != 0 ? MString(p, n) : MString();
+    };
+    m_scheme = TheInternetSchemeMap().GetDescr(piece(c.lpszScheme, c.dwSchemeLength).c_str());
+    m_host = piece(c.lpszHostName, c.dwHostNameLength);
+    m_userName = piece(c.lpszUserName, c.dwUserNameLength);
+    m_password = piece(c.lpszPassword, c.dwPasswordLength);
+    m_port = c.nPort != 0 ? c.nPort : m_scheme->defaultPort;
+    MString urlPath = piece(c.lpszUrlPath, c.dwUrlPathLength);
+    if (!urlPath.empty()) {
+        NormalizePath(urlPath);
+        std::size_t cut = MString::npos;
+        // The last separator that is a whole character (not a trail byte).
+        for (std::size_t i = 0; i < urlPath.size(); ++i) {
+            if (IsLeadByte(static_cast<unsigned char>(urlPath[i])) && i + 1 < urlPath.size()) {
+                ++i;
+                continue;
+            }
+            if (urlPath[i] == '/' || urlPath[i] == '\\')
+                cut = i + 1;
+        }
+        if (cut == MString::npos) {
+            unsigned char first = static_cast<unsigned char>(urlPath[0]);
+            bool drive = urlPath.size() >= 3 && ((first | 0x20) >= 'a' && (first | 0x20) <= 'z') &&
+                         urlPath[1] == ':';
+            cut = drive ? 2 : 0;
+        }
+        m_path = urlPath.substr(0, cut);
+        m_file = urlPath.substr(cut);
+    }
+    m_extraInfo = piece(c.lpszExtraInfo, c.dwExtraInfoLength);
+    return 1;
+}
+
+void CURLParser::NormalizePath(MString& path) {
+    enum State { Normal, AfterSeparator, OneDot, TwoDots };
+    auto isSep = [](char c) { return c == '/' || c == '\\'; };
+    MString out;
+    out.reserve(path.size());
+    std::size_t i = 0;
+    // A UNC server name is passed over as it stands.
+    if (path.size() >= 2 && path[0] == '\\' && path[1] == '\\') {
+        i = 2;
+        while (i < path.size() && !isSep(path[i])) {
+            if (IsLeadByte(static_cast<unsigned char>(path[i])) && i + 1 < path.size())
+                ++i;
+            ++i;
+        }
+        out.assign(path, 0, i);
+    }
+    State state = Normal;
+    for (; i < path.size(); ++i) {
+        char c = path[i];
+        if (IsLeadByte(static_cast<unsigned char>(c)) && i + 1 < path.size()) {
+            if (state == OneDot)
+                out += '.';
+            if (state == TwoDots)
+                out += "..";
+            out += c;
+            out += path[++i];
+            state = Normal;
+            continue;
+        }
+        switch (state) {
+            case Normal:
+                out += c;
+                if (isSep(c))
+                    state = AfterSeparator;
+                break;
+            case AfterSeparator:
+                if (c == '.') {
+                    state = OneDot;
+                } else {
+                    out += c;
+                    if (!isSep(c))
+                        state = Normal;
+                }
+                break;
+            case OneDot:
+                if (isSep(c)) {
+                    state = AfterSeparator;  // "./" disappears
+                } else if (c == '.') {
+                    state = TwoDots;
+                } else {
+                    out += '.';
+                    out += c;
+                    state = Normal;
+                }
+                break;
+            case TwoDots:
+                // "../" disappears; the segment before it is kept on purpose.
+                if (isSep(c)) {
+                    state = AfterSeparator;
+                } else {
+                    out += "..";
+                    out += c;
+                    state = Normal;
+                }
+                break;
+        }
+    }
+    path.swap(out);
+}
+
+int CURLParser::CreateFromServerAndFullPath(const char* server, const char* fullPath,
+                                            const char* scheme) {
+    Clear();
+    SchemeDescr* descr = TheInternetSchemeMap().GetDescr(IsEmpty(scheme) ? "http" : scheme);
+    if (TheInternetSchemeMap().IsUnknown(descr))
+        return 0;
+    MString text =
+        descr->name + descr->separator + (server ? server : "") + (fullPath ? fullPath : "");
+    return CreateFromAbsoluteURL(text.c_str());
+}
+
+int CURLParser::CreateFromHostAndFullPath(const char* host, unsigned int port, const char* fullPath,
+                                          const char* scheme) {
+    MString server = MString(host ? host : "") + ":" + std::to_string(port);
+    return CreateFromServerAndFullPath(server.c_str(), fullPath, scheme);
+}
+
+int CURLParser::CreateFromServerAndURLParts(const char* server, const char* path,
+                                            const char* ignored, const char* scheme,
+                                            const char* userInfo, const char* sixth,
+                                            const char* search) {
+    (void)ignored;
+    Clear();
+    SchemeDescr* descr = TheInternetSchemeMap().GetDescr(IsEmpty(scheme) ? "http" : scheme);
+    if (TheInternetSchemeMap().IsUnknown(descr))
+        return 0;
+    MString text = descr->name + descr->separator;
+    if (!IsEmpty(userInfo))
+        text += MString(userInfo) + "@";
+    if (server)
+        text += server;
+    if (path)
+        text += path;
+    if (!IsEmpty(search))
+        text += MString("?") + search;
+    // The sixth part is joined with "@", not "#"; kept as the system does it.
+    if (!IsEmpty(sixth))
+        text += MString("@") + sixth;
+    return CreateFromAbsoluteURL(text.c_str());
+}
+
+int CURLParser::CreateFromHostAndURLParts(const char* host, unsigned int port, const char* path,
+                                          const char* ignored, const char* scheme,
+                                          const char* userInfo, const char* sixth,
+                                          const char* search) {
+    MString server = MString(host ? host : "") + ":" + std::to_string(port);
+    return CreateFromServerAndURLParts(server.c_str(), path, ignored, scheme, userInfo, sixth,
+                                       search);
+}
+
+// ---------------------------------------------------------------------------
+// Accessors
+
+MString CURLParser::GetProtocol() const {
+    return m_valid ? m_scheme->name : MString();
+}
+MString CURLParser::GetHost() const {
+    return m_valid ? m_host : MString();
+}
+MString CURLParser::GetMail() const {
+    return m_valid ? m_userName : MString();
+}
+MString CURLParser::GetUserNameA() const {
+    return m_valid ? m_userName : MString();
+}
+MString CURLParser::GetPassword() const {
+    return m_valid ? m_password : MString();
+}
+MString CURLParser::GetPath() const {
+    return m_valid ? m_path : MString();
+}
+MString CURLParser::GetFile() const {
+    return m_valid ? m_file : MString();
+}
+unsigned int CURLParser::GetPortInt() const {
+    return m_valid ? m_port : 0u;
+}
+MString CURLParser::GetPortString() const {
+    return m_valid ? std::to_string(m_port) : MString();
+}
+
+bool CURLParser::IsDefaultPort() const {
+    return m_port == m_scheme->defaultPort;
+}
+
+MString CURLParser::GetServer() const {
+    if (!m_valid)
+        return MString();
+    return IsDefaultPort() ? m_host : m_host + ":" + std::to_string(m_port);
+}
+
+void CURLParser::DivideExtra(MString* search, MString* label) const {
+    search->clear();
+    label->clear();
+    if (m_extraInfo.empty())
+        return;
+    if (m_extraInfo[0] == '#') {
+        *label = m_extraInfo.substr(1);
+    } else if (m_extraInfo[0] == '?') {
+        std::size_t hash = m_extraInfo.find('#');
+        if (hash == MString::npos) {
+            *search = m_extraInfo.substr(1);
+        } else {
+            *search = m_extraInfo.substr(1, hash - 1);
+            *label = m_extraInfo.substr(hash + 1);
+        }
+    }
+}
+
+MString CURLParser::GetSearch() const {
+    MString search, label;
+    if (m_valid)
+        DivideExtra(&search, &label);
+    return search;
+}
+
+MString CURLParser::GetLabel() const {
+    MString search, label;
+    if (m_valid)
+        DivideExtra(&search, &label);
+    return label;
+}
+
+MString CURLParser::GetFullPath() const {
+    return m_valid ? m_path + m_file : MString();
+}
+
+MString CURLParser::GetFullPathWithLabel() const {
+    if (!m_valid)
+        return MString();
+    MString label = GetLabel();
+    return label.empty() ? m_path + m_file : m_path + m_file + "#" + label;
+}
+
+MString CURLParser::GetFullPathWithSearch() const {
+    if (!m_valid)
+        return MString();
+    // Any extra information gives a "?", even one holding only a label.
+    return m_extraInfo.empty() ? m_path + m_file : m_path + m_file + "?" + GetSearch();
+}
+
+MString CURLParser::GetFullPathWithLabelAndSearch() const {
+    if (!m_valid)
+        return MString();
+    MString search, label;
+    DivideExtra(&search, &label);
+    MString text = m_path + m_file;
+    if (!search.empty())
+        text += "?" + search;
+    else if (m_extraInfo == "?")
+        text += "?";
+    if (!label.empty())
+        text += "#" + label;
+    return text;
+}
+
+MString CURLParser::GetFullURL() const {
+    MString text;
+    if (m_valid)
+        ToStringRep(text, 0);
+    return text;
+}
+
+MString CURLParser::GetFullURLWithSearch() const {
+    MString text;
+    if (m_valid)
+        ToStringRep(text, SEARCH);
+    return text;
+}
+
+MString CURLParser::GetFullURLWithLabelAndSearch() const {
+    MString text;
+    if (m_valid)
+        ToStringRep(text, LABEL | SEARCH);
+    return text;
+}
+
+bool CURLParser::IsWellKnownScheme() const {
+    return m_valid && !TheInternetSchemeMap().IsUnknown(m_scheme);
+}
+
+int CURLParser::EstimateStringRepSize(int options) const {
+    std::size_t size = m_scheme->name.size() + m_host.size() + 10;
+    if (options & USERINFO)
+        size += m_userName.size() + m_password.size() + 2;
+    size += m_path.size() + m_file.size() + 1;
+    if (options & (LABEL | SEARCH))
+        size += m_extraInfo.size();
+    return static_cast<int>(size);
+}
+
+int CURLParser::ToStringRep(MString& text, int options) const {
+    text.clear();
+    text.reserve(static_cast<std::size_t>(EstimateStringRepSize(options)));
+    text += m_scheme->name;
+    text += m_scheme->separator;
+    if ((options & USERINFO) && !m_userName.empty()) {
+        text += m_userName;
+        if (!m_password.empty())
+            text += ":" + m_password;
+        text += "@";
+    }
+    if (!m_host.empty()) {
+        text += m_host;
+        if (!IsDefaultPort())
+            text += ":" + std::to_string(m_port);
+    }
+    text += m_path;
+    text += m_file;
+    if (!m_extraInfo.empty()) {
+        if ((options & LABEL) && (options & SEARCH)) {
+            text += m_extraInfo;
+        } else if (options & (LABEL | SEARCH)) {
+            MString search, label;
+            DivideExtra(&search, &label);
+            // With the label option alone a label suppresses the search.
+            if ((options & LABEL) && !label.empty())
+                text += "#" + label;
+            else if ((options & SEARCH) && m_extraInfo[0] == '?')
+                text += "?" + search;
+        }
+    }
+    return static_cast<int>(text.size());
+}
+
+MString CURLParser::GetSimplifiedHost() const {
+    if (!m_valid)
+        return MString();
+    if (m_host.empty())
+        return m_scheme->name;
+    std::vector<MString> labels;
+    std::size_t start = 0;
+    while (true) {
+        std::size_t dot = m_host.find('.', start);
+        labels.push_back(m_host.substr(start, dot == MString::npos ? MString::npos : dot - start));
+        if (dot == MString::npos)
+            break;
+        start = dot + 1;
+    }
+    if (labels.size() < 2)
+        return m_host;
+    auto generic = [](const MString& s) {
+        static const char* const kGeneric[] = {"edu", "com", "mil", "net", "co",
+                                               "ac",  "gov", "go",  "org"};
+        for (const char* g : kGeneric)
+            if (s == g)
+                return true;
+        return false;
+    };
+    if (generic(labels.back())) {
+        labels.pop_back();
+    } else if (labels.back().size() == 2) {
+        labels.pop_back();
+        if (labels.size() > 1 && generic(labels.back()))
+            labels.pop_back();
+    }
+    if (labels.size() > 1)
+        labels.erase(labels.begin());
+    MString joined;
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        if (i)
+            joined += "_";
+        joined += labels[i];
+    }
+    return joined;
+}

@@ -1,0 +1,146 @@
+#pragma once
+// Takes a URL apart (scheme, host, port, user, password, directory, file,
+// extra information) and prints it back in several forms; resolves relative
+// URLs and builds URLs from parts. The splitting is done by the platform URL
+// services.
+#include <cstdint>
+#include <map>
+
+#include "webstep/foundation/MString.h"
+#include "webstep/platform/WinInet.h"
+
+struct SchemeDescr {
+    MString name;
+    MString separator;
+    std::int32_t hierarchical;
+    std::uint16_t defaultPort;
+};
+
+// The process-wide table of known schemes; the tag of a scheme is its index.
+class InternetSchemeMap {
+public:
+    struct AuxRow {
+        const char* name;
+        const char* separator;
+        std::int32_t hierarchical;
+        std::uint16_t defaultPort;
+    };
+
+    InternetSchemeMap();
+    ~InternetSchemeMap();
+    InternetSchemeMap(const InternetSchemeMap&) = delete;
+    InternetSchemeMap& operator=(const InternetSchemeMap&) = delete;
+
+    // The "unknown" entry when the name is not in the table.
+    SchemeDescr* GetDescr(const char* name);
+    // The entry at that index (unchecked).
+    SchemeDescr* GetDescr(long tag);
+    long GetTag(SchemeDescr* descr);
+    bool IsUnknown(SchemeDescr* descr);
+
+    static SchemeDescr* m_SchemeDescrArray;
+    static const long m_SchemeDescrArraySize;
+    static const AuxRow m_SchemeDescrAuxArray[];
+    static std::map<MString, SchemeDescr*>* m_SchemeNameMap;
+
+private:
+    bool m_owner = false;
+};
+
+// The shared table, built on first use.
+InternetSchemeMap& TheInternetSchemeMap();
+
+class CURLParser {
+public:
+    using CrackFunc = webstep::platform::BOOL (*)(webstep::platform::LPCSTR,
+                                                  webstep::platform::DWORD,
+                                                  webstep::platform::DWORD,
+                                                  webstep::platform::URL_COMPONENTSA*);
+
+    // Printing options.
+    enum { LABEL = 1, SEARCH = 2, USERINFO = 4 };
+
+    CURLParser();
+    explicit CURLParser(const char* url);
+    CURLParser(const CURLParser& base, const char* url);
+    CURLParser(const char* server, const char* fullPath, const char* scheme);
+    CURLParser(const char* host, unsigned int port, const char* fullPath, const char* scheme);
+    CURLParser(const char* server, const char* path, const char* ignored, const char* scheme,
+               const char* userInfo, const char* sixth, const char* search);
+    CURLParser(const char* host, unsigned int port, const char* path, const char* ignored,
+               const char* scheme, const char* userInfo, const char* sixth, const char* search);
+    CURLParser(const CURLParser& other) = default;
+    CURLParser& operator=(const CURLParser& other) = default;
+
+    int Create(const CURLParser& base, const char* url);
+    int CreateFromAbsoluteURL(const char* url);
+    int CreateFromFullURLName(const char* url) { return CreateFromAbsoluteURL(url); }
+    int CreateFromRelativeURL(const CURLParser& base, const char* url);
+    int CreateFromServerAndFullPath(const char* server, const char* fullPath, const char* scheme);
+    int CreateFromHostAndFullPath(const char* host, unsigned int port, const char* fullPath,
+                                  const char* scheme);
+    int CreateFromServerAndURLParts(const char* server, const char* path, const char* ignored,
+                                    const char* scheme, const char* userInfo, const char* sixth,
+                                    const char* search);
+    int CreateFromHostAndURLParts(const char* host, unsigned int port, const char* path,
+                                  const char* ignored, const char* scheme, const char* userInfo,
+                                  const char* sixth, const char* search);
+
+    MString GetProtocol() const;
+    MString GetHost() const;
+    MString GetMail() const;
+    MString GetUserNameA() const;
+    MString GetPassword() const;
+    MString GetPath() const;
+    MString GetFile() const;
+    unsigned int GetPortInt() const;
+    MString GetPortString() const;
+    MString GetServer() const;
+    MString GetSearch() const;
+    MString GetLabel() const;
+    MString GetFullPath() const;
+    MString GetFullPathWithLabel() const;
+    MString GetFullPathWithSearch() const;
+    MString GetFullPathWithLabelAndSearch() const;
+    MString GetFullURL() const;
+    MString GetFullURLWithSearch() const;
+    MString GetFullURLWithLabelAndSearch() const;
+    MString GetSimplifiedHost() const;
+    bool IsValid() const { return m_valid != 0; }
+    bool IsWellKnownScheme() const;
+    bool HasExplicitPort() const { return m_valid && m_explicitPort; }
+    MString GetExtraInfo() const { return m_valid ? m_extraInfo : MString(); }
+
+    // Prints the URL with the given options into text (without user
+    // information unless USERINFO is set); returns its length.
+    int ToStringRep(MString& text, int options) const;
+    int EstimateStringRepSize(int options) const;
+
+    // Normalises the dot segments of a URL path in place: "./" disappears,
+    // "../" disappears without removing the segment before it.
+    static void NormalizePath(MString& path);
+
+    static void SetInternetCrackURLFunc(CrackFunc func) { lpfncInternetCrackURL = func; }
+    static void ResetInternetCrackURLFunc() {
+        lpfncInternetCrackURL = &webstep::platform::InternetCrackUrlA;
+    }
+    static CrackFunc lpfncInternetCrackURL;
+
+private:
+    void Clear();
+    int CreateFromCanonicalText(const char* text, const char* portSearchText);
+    int CreateFromURLComponents(const webstep::platform::URL_COMPONENTSA& components);
+    void DivideExtra(MString* search, MString* label) const;
+    bool IsDefaultPort() const;
+
+    int m_valid = 0;
+    SchemeDescr* m_scheme = nullptr;
+    MString m_host;
+    std::uint16_t m_port = 0;
+    MString m_userName;
+    MString m_password;
+    MString m_path;
+    MString m_file;
+    MString m_extraInfo;
+    bool m_explicitPort = false;
+};
