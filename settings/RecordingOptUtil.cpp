@@ -1,0 +1,3 @@
+#include "webstep/settings/RecordingOptUtil.h"
+
+bool RecordingOptUtil::m_WhileRecording = false;

@@ -1,0 +1,11 @@
+#pragma once
+// One process-wide flag: whether a recording is in progress. Not locked; the
+// recorder sets it before any virtual user runs.
+
+class RecordingOptUtil {
+public:
+    static bool GetWhileRecording() { return m_WhileRecording; }
+    static void SetWhileRecording(bool whileRecording) { m_WhileRecording = whileRecording; }
+
+    static bool m_WhileRecording;
+};
