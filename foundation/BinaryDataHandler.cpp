@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "webstep/platform/CharacterServices.h"
 #include "webstep/platform/CodePage.h"
 
 namespace {
@@ -17,10 +18,9 @@ bool IsPrintable(unsigned char c) {
     return c < 127 && (c >= 32 || c == '\r' || c == '\n' || c == '\t');
 }
 
-// The OS character-set type: above 1 for a multi-byte set. Taken from the
-// process code page (any code page with characters longer than one byte).
+// The OS character-set type: above 1 for a multi-byte set.
 int OsCharsetType() {
-    return wp::GetMaxCharLength() > 1 ? 2 : 1;
+    return wp::os_get_charset_type();
 }
 
 // Byte length of the character at p, looking at most `remaining` bytes.

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "webstep/platform/CharacterServices.h"
 #include "webstep/platform/CodePage.h"
 
 namespace {
@@ -337,6 +338,37 @@ TEST(BinaryDataHandler, AssignmentDoesNothingHarmful) {
     CBinaryDataHandler b;
     CBinaryDataHandler& result = (a = b);
     EXPECT_EQ(&result, &a);
+}
+
+}  // namespace
+
+namespace {
+
+// Restores the character-set type to follow the code page again.
+struct CharsetTypeScope {
+    explicit CharsetTypeScope(webstep::platform::xeOsCharsetType type) {
+        webstep::platform::os_set_charset_type(type);
+    }
+    ~CharsetTypeScope() {
+        webstep::platform::os_set_charset_type(webstep::platform::OS_CHARSET_NONE);
+    }
+};
+
+TEST(BinaryDataHandler, SingleByteCharsetTypeEscapesDoubleByteCharacters) {
+    CodePageScope cp(webstep::platform::CP_GBK);
+    CharsetTypeScope type(webstep::platform::OS_CHARSET_SINGLE_BYTE);
+    bool escaped = false;
+    EXPECT_EQ(Encode("\xD6\xD0", true, &escaped), "\\xD6\\xD0");
+    EXPECT_TRUE(escaped);
+}
+
+TEST(BinaryDataHandler, Utf8CharactersAreKeptUnderUtf8CodePage) {
+    CodePageScope cp(webstep::platform::CP_UTF8);
+    bool escaped = true;
+    EXPECT_EQ(Encode("\xE4\xB8\xAD", true, &escaped), "\xE4\xB8\xAD");
+    EXPECT_FALSE(escaped);
+    EXPECT_EQ(Encode("\xE4\xB8", true, &escaped), "\\xE4\\xB8");  // a cut character
+    EXPECT_TRUE(escaped);
 }
 
 }  // namespace
