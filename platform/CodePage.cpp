@@ -451,6 +451,26 @@ unsigned char* _mbsnbcpy(unsigned char* dst, const unsigned char* src, std::size
     return dst;
 }
 
+int _ismbcspace(unsigned int c) {
+    if (c <= 0xFF)
+        return (c == ' ' || (c >= '\t' && c <= '\r')) ? 1 : 0;
+    switch (GetProcessCodePage()) {
+        case CP_SHIFT_JIS:
+            return c == 0x8140 ? 1 : 0;
+        case CP_GBK:
+        case CP_UHC:
+        case CP_EUC_JP:
+        case CP_GB18030:
+            return c == 0xA1A1 ? 1 : 0;
+        case CP_BIG5:
+            return c == 0xA140 ? 1 : 0;
+        case CP_UTF8:
+            return c == 0xE38080 ? 1 : 0;
+        default:
+            return 0;
+    }
+}
+
 int mblen(const char* s, std::size_t n) {
     return CharLength(GetProcessCodePage(), s, n);
 }

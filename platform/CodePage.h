@@ -81,6 +81,12 @@ int _mbsnbicmp(const unsigned char* a, const unsigned char* b, std::size_t n);
 // A lead byte whose character does not fit, or is cut by the end of src, is
 // replaced by a NUL.
 unsigned char* _mbsnbcpy(unsigned char* dst, const unsigned char* src, std::size_t n);
+// Whether c is a white-space character: the ASCII white-space bytes (space,
+// tab, line feed, vertical tab, form feed, carriage return), or, as a
+// multi-byte character packed like _mbschr's argument, the ideographic space
+// of the code page (0x8140 in 932, 0xA1A1 in 936, 949, 51932 and 54936,
+// 0xA140 in 950, 0xE38080 in UTF-8).
+int _ismbcspace(unsigned int c);
 // Length of the character at s looking at most n bytes: 0 for a NUL byte,
 // -1 for an invalid or cut sequence, else its byte count.
 int mblen(const char* s, std::size_t n);

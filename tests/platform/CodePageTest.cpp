@@ -533,3 +533,30 @@ TEST(Mbschr, HugeStringSearchedToTheEnd) {
     big += "\\";
     EXPECT_EQ(_mbschr(U(big.c_str()), '\\'), U(big.c_str()) + 200000);
 }
+
+// --- _ismbcspace ---------------------------------------------------------
+
+TEST(Ismbcspace, AsciiWhiteSpaceOnly) {
+    CodePageGuard cp(1252);
+    for (unsigned int c : {0x20u, 0x09u, 0x0Au, 0x0Bu, 0x0Cu, 0x0Du}) {
+        EXPECT_NE(_ismbcspace(c), 0) << c;
+    }
+    for (unsigned int c : {0x00u, 0x08u, 0x0Eu, 0x41u, 0xA0u, 0x85u}) {
+        EXPECT_EQ(_ismbcspace(c), 0) << c;
+    }
+}
+
+TEST(Ismbcspace, IdeographicSpaceOfEachCodePage) {
+    CodePageGuard cp(932);
+    EXPECT_NE(_ismbcspace(0x8140), 0);
+    EXPECT_EQ(_ismbcspace(0xA1A1), 0);
+    SetProcessCodePage(936);
+    EXPECT_NE(_ismbcspace(0xA1A1), 0);
+    EXPECT_EQ(_ismbcspace(0x8140), 0);
+    SetProcessCodePage(950);
+    EXPECT_NE(_ismbcspace(0xA140), 0);
+    SetProcessCodePage(65001);
+    EXPECT_NE(_ismbcspace(0xE38080), 0);
+    SetProcessCodePage(1252);
+    EXPECT_EQ(_ismbcspace(0x8140), 0);
+}
