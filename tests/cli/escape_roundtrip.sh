@@ -12,11 +12,20 @@ for i in $(seq 0 255); do printf "\\x$(printf %02x "$i")"; done > "$work/all.bin
 "$tool" unescape < "$work/all.txt" > "$work/back.bin"
 cmp "$work/all.bin" "$work/back.bin" || fail "all byte values do not round-trip"
 
-# The escaped text is printable and uses upper-case hex digits.
-grep -q '\\x00' "$work/all.txt" || fail "NUL not written as \\x00"
-grep -q '\\xFF' "$work/all.txt" || fail "0xFF not written with upper-case digits"
-if LC_ALL=C grep -q '[^[:print:]	
-]' "$work/all.txt"; then fail "escaped text holds unprintable bytes"; fi
+# In a single-byte code page the escaped text is printable ASCII with
+# upper-case hex digits.
+WEBSTEP_CODEPAGE=1252 "$tool" escape < "$work/all.bin" > "$work/all1252.txt"
+grep -q '\\x00' "$work/all1252.txt" || fail "NUL not written as \\x00"
+grep -q '\\xFF' "$work/all1252.txt" || fail "0xFF not written with upper-case digits"
+unprintable=$(LC_ALL=C tr -d '\11\12\15\40-\176' < "$work/all1252.txt" | wc -c)
+[ "$unprintable" -eq 0 ] || fail "escaped text holds $unprintable unprintable bytes"
+WEBSTEP_CODEPAGE=1252 "$tool" unescape < "$work/all1252.txt" | cmp - "$work/all.bin" || fail "1252 round trip"
+
+# In a multi-byte code page whole characters stay as they are.
+[ "$(printf 'J\xc3\xa9r\xc3\xb4me' | WEBSTEP_CODEPAGE=65001 "$tool" escape)" = "$(printf 'J\xc3\xa9r\xc3\xb4me')" ] \
+  || fail "UTF-8 letters escaped under code page 65001"
+[ "$(printf 'J\xc3\xa9' | WEBSTEP_CODEPAGE=1252 "$tool" escape)" = 'J\xC3\xA9' ] \
+  || fail "high bytes not escaped under code page 1252"
 
 # A backslash is doubled and comes back single.
 [ "$(printf 'a\\b' | "$tool" escape)" = 'a\\b' ] || fail "backslash not doubled"
