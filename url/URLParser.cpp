@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "webstep/foundation/TextBuffer.h"
 #include "webstep/platform/CodePage.h"
 #include "webstep/platform/LastError.h"
 
@@ -76,19 +77,25 @@ InternetSchemeMap& TheInternetSchemeMap() {
 
 namespace {
 
+// The buffer starts at 256 bytes; when the service reports
+// ERROR_INSUFFICIENT_BUFFER it is grown to the reported length plus one and
+// the call is made once more, and that answer is final.
 template <typename Call>
 bool CallWithRetry(MString& out, Call call) {
-    std::vector<char> buffer(256);
-    DWORD length = static_cast<DWORD>(buffer.size());
-    if (!call(buffer.data(), &length)) {
+    StringBuffer buffer;
+    char* data = buffer.GetBuffer(StringBuffer::kInlineSize);
+    DWORD length = static_cast<DWORD>(buffer.GetLength());
+    if (!call(data, &length)) {
         if (GetLastError() != ERROR_INSUFFICIENT_BUFFER)
             return false;
-        buffer.assign(static_cast<std::size_t>(length) + 1, '\0');
-        length = static_cast<DWORD>(buffer.size());
-        if (!call(buffer.data(), &length))
+        data = buffer.GetBuffer(static_cast<unsigned long>(length) + 1);
+        if (data == nullptr)
+            return false;
+        length = static_cast<DWORD>(buffer.GetLength());
+        if (!call(data, &length))
             return false;
     }
-    out.assign(buffer.data(), length);
+    out.assign(data, length);
     return true;
 }
 

@@ -6,6 +6,7 @@
 
 #include "VectorFile.h"
 #include "support/TestPaths.h"
+#include "webstep/platform/CodePage.h"
 #include "webstep/url/URLParser.h"
 
 using namespace webstep::platform;
@@ -390,4 +391,28 @@ TEST(URLParser, AccessorsAgreeWithCanonicalisedAndSplitVectors) {
     }
     EXPECT_GT(checked, 1000);
     EXPECT_EQ(mismatches, 0) << report;
+}
+
+// In a double-byte code page a trail byte equal to "\" is never a separator.
+TEST(URLParser, NormalisingNeverSplitsADoubleByteCharacter) {
+    webstep::platform::SetProcessCodePage(webstep::platform::CP_GBK);
+    MString p = "/a\x81\\./b";
+    CURLParser::NormalizePath(p);
+    MString q = "/a/\x81\\/./b";
+    CURLParser::NormalizePath(q);
+    webstep::platform::SetProcessCodePage(0);
+    EXPECT_EQ(p, "/a\x81\\./b");
+    EXPECT_EQ(q, "/a/\x81\\/b");
+}
+
+TEST(URLParser, DivisionSkipsTrailBytesThatLookLikeSeparators) {
+    webstep::platform::SetProcessCodePage(webstep::platform::CP_GBK);
+    gFakePath = "/dir/\x81\\name";
+    CURLParser::SetInternetCrackURLFunc(&FakeCrack);
+    CURLParser u("http://whatever/");
+    CURLParser::ResetInternetCrackURLFunc();
+    webstep::platform::SetProcessCodePage(0);
+    ASSERT_TRUE(u.IsValid());
+    EXPECT_EQ(u.GetPath(), "/dir/");
+    EXPECT_EQ(u.GetFile(), "\x81\\name");
 }
