@@ -38,7 +38,9 @@ public:
 
     void SetWebStep(const CWebStepDesign& design) { m_WebStep = design; }
     CWebStepDesign& GetWebStep() { return m_WebStep; }
-    CWebStepData* GetDataStep() { return m_WebStep.GetDataStep(); }
+    const CWebStepDesign& GetWebStep() const { return m_WebStep; }
+    // The current step (not owned).
+    CWebStepData* GetDataStep() const { return m_WebStep.GetDataStep(); }
     // Takes no ownership.
     void SetDataStep(CWebStepData* step) { m_WebStep.SetDataStep(step); }
     const CWebStepError& GetLastErrorInfo() const { return m_LastError; }

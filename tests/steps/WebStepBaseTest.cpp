@@ -123,6 +123,16 @@ TEST(WebStepBase, SetWebStepAssignsTheDesign) {
     EXPECT_EQ(design.GetDataStep(), &step);
 }
 
+TEST(WebStepBase, ConstBaseReadsStepAndDesign) {
+    TestStep step;
+    CWebStepDesign design;
+    design.SetName("c");
+    design.SetDataStep(&step);
+    const CWebStepBase base(design);
+    EXPECT_EQ(base.GetDataStep(), &step);
+    EXPECT_EQ(base.GetWebStep().GetName(), "c");
+}
+
 TEST(WebStepBase, SetErrorInfoWithCodeAndNullGivesNoAttributes) {
     TestParserBase base;
     base.SetErrorInfo(1009, nullptr);
