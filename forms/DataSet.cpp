@@ -1,14 +1,17 @@
 #include "webstep/forms/DataSet.h"
 
-#include <unicode/ucnv.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
 #include "webstep/forms/EscArgs.h"
 #include "webstep/foundation/BinaryDataHandler.h"
-#include "webstep/platform/CodePage.h"
+#include "webstep/platform/Utf8Converter.h"
+
+using webstep::platform::WrUtilsCloseUTF8Converter;
+using webstep::platform::WrUtilsGetUTF8Converter;
+using webstep::platform::WrUtilsUtf8ToMb_Flush;
+using webstep::platform::WrUtilsUtf8ToMb_Statefull;
 
 namespace {
 
@@ -28,51 +31,15 @@ void Trim(MString& text) {
     text = text.substr(begin, end - begin);
 }
 
-// UTF-8 to the process code page through UTF-16. Characters the code page
-// cannot hold become "?"; when no converter is known for the code page the
-// text is left as it is.
-void Utf8ToProcessCodePage(MString& text) {
-    const unsigned int codePage = webstep::platform::GetProcessCodePage();
-    if (codePage == webstep::platform::CP_UTF8 || text.empty())
+// UTF-8 to the process code page, one whole text at a time; the text is
+// left as it is when the code page has no converter.
+void Utf8ToProcessCodePage(UConverter* converter, MString& text) {
+    MString out;
+    MString tail;
+    if (converter == nullptr || !WrUtilsUtf8ToMb_Statefull(converter, text, out))
         return;
-    UErrorCode status = U_ZERO_ERROR;
-    UConverter* utf8 = ucnv_open("UTF-8", &status);
-    if (U_FAILURE(status) || utf8 == nullptr)
-        return;
-    UConverter* target = nullptr;
-    const char* const patterns[] = {"windows-%u", "cp%u", "ibm-%u"};
-    for (const char* pattern : patterns) {
-        char name[32];
-        std::snprintf(name, sizeof name, pattern, codePage);
-        status = U_ZERO_ERROR;
-        target = ucnv_open(name, &status);
-        if (U_SUCCESS(status) && target != nullptr)
-            break;
-        if (target != nullptr)
-            ucnv_close(target);
-        target = nullptr;
-    }
-    if (target == nullptr) {
-        ucnv_close(utf8);
-        return;
-    }
-    status = U_ZERO_ERROR;
-    ucnv_setSubstChars(target, "?", 1, &status);
-    status = U_ZERO_ERROR;
-    std::u16string wide(text.size() + 1, u'\0');
-    int32_t wideLength = ucnv_toUChars(utf8, wide.data(), static_cast<int32_t>(wide.size()),
-                                       text.data(), static_cast<int32_t>(text.size()), &status);
-    if (U_SUCCESS(status)) {
-        MString out(static_cast<size_t>(wideLength) * 4 + 4, '\0');
-        int32_t length = ucnv_fromUChars(target, out.data(), static_cast<int32_t>(out.size()),
-                                         wide.data(), wideLength, &status);
-        if (U_SUCCESS(status)) {
-            out.resize(static_cast<size_t>(length));
-            text.swap(out);
-        }
-    }
-    ucnv_close(target);
-    ucnv_close(utf8);
+    WrUtilsUtf8ToMb_Flush(converter, tail);
+    text = out + tail;
 }
 
 // Decodes the script form of escaped bytes (\xHH) in place.
@@ -143,6 +110,7 @@ void CDataSet::AddDataFromString(const MString& body, MString boundary, bool bin
     roundTripOk = true;
     atWasEscaped = false;
     elements.PurgeData();
+    UConverter* converter = fromUtf8 ? WrUtilsGetUTF8Converter() : nullptr;
 
     if (!boundary.empty()) {
         const MString delimiter = "--" + boundary;
@@ -182,12 +150,13 @@ void CDataSet::AddDataFromString(const MString& body, MString boundary, bool bin
                     DecodeEscaped(value, binaryFlag);
             }
             if (fromUtf8) {
-                Utf8ToProcessCodePage(name);
-                Utf8ToProcessCodePage(value);
+                Utf8ToProcessCodePage(converter, name);
+                Utf8ToProcessCodePage(converter, value);
             }
             elements.AddTail(NewItem(name, value, type));
             current = next;
         }
+        WrUtilsCloseUTF8Converter(converter);
         return;
     }
 
@@ -214,8 +183,8 @@ void CDataSet::AddDataFromString(const MString& body, MString boundary, bool bin
         MString itemName = name;
         MString itemValue = value;
         if (fromUtf8) {
-            Utf8ToProcessCodePage(itemName);
-            Utf8ToProcessCodePage(itemValue);
+            Utf8ToProcessCodePage(converter, itemName);
+            Utf8ToProcessCodePage(converter, itemValue);
         }
         elements.AddTail(NewItem(itemName, itemValue, CData::DT_UNSPECIFIED));
         if (!skipRoundTripCheck && roundTripOk) {
@@ -224,4 +193,5 @@ void CDataSet::AddDataFromString(const MString& body, MString boundary, bool bin
             roundTripOk = name == rawName && value == rawValue;
         }
     }
+    WrUtilsCloseUTF8Converter(converter);
 }

@@ -120,7 +120,7 @@ const bool CWebStepScript::bDefaultExpect = true;
 const bool CWebStepScript::bDefaultMatchCase = false;
 const bool CWebStepScript::bDefaultRepeat = true;
 const bool CWebStepScript::bDefaultAbort = false;
-const int CWebStepScript::DefaultReport = 0;
+const CWebCheckStep::ReportOption CWebStepScript::DefaultReport = CWebCheckStep::REPORT_ALWAYS;
 
 // Copies the keyword's pointer, so the entry is set by dynamic initialisation
 // (same translation unit as the keyword, hence after it).

@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "webstep/foundation/MString.h"
+#include "webstep/steps/WebStepWithAttributes.h"
 
 class CWebStepScript {
 public:
@@ -118,8 +119,8 @@ public:
     static const bool bDefaultMatchCase;
     static const bool bDefaultRepeat;
     static const bool bDefaultAbort;
-    // The report option "always" (0) of a check step.
-    static const int DefaultReport;
+    // "always".
+    static const CWebCheckStep::ReportOption DefaultReport;
 
     // Null-terminated; its one entry is KeyWord_LastItem. Filled during static
     // initialisation because it copies that constant's pointer.

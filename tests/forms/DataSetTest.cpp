@@ -353,3 +353,24 @@ TEST(DataSets, DoesNotOwnItsDataSets) {
     }
     EXPECT_EQ(set.GetNumElements(), 1u);
 }
+
+TEST(DataSetFromString, Utf8BodyStaysUtf8InAUtf8CodePage) {
+    webstep::platform::SetProcessCodePage(webstep::platform::CP_UTF8);
+    CDataSet set;
+    ReadBody(
+        set,
+        "--B\r\nContent-Disposition: form-data; name=\"\xD0\xAF\"\r\n\r\n\xE4\xB8\xAD\r\n--B--",
+        "B", false, false, true);
+    ASSERT_EQ(set.GetNumElements(), 1u);
+    EXPECT_EQ(set.DataElements().GetList().front()->GetName(), "\xD0\xAF");
+    EXPECT_EQ(set.DataElements().GetList().front()->GetValue(), "\xE4\xB8\xAD");
+    webstep::platform::SetProcessCodePage(0);
+}
+
+TEST(DataSetFromString, CodePageConversionDoesNotAffectTheRoundTrip) {
+    webstep::platform::SetProcessCodePage(1251);
+    CDataSet set;
+    Read r = ReadBody(set, "n=%D0%AF", "", false, false, true);
+    EXPECT_TRUE(r.roundTripOk);
+    webstep::platform::SetProcessCodePage(0);
+}
