@@ -395,7 +395,8 @@ bool ReplaceFile(const std::string& path, const std::string& content) {
     int fd = -1;
     std::string temporary;
     for (int attempt = 0; attempt < 100 && fd < 0; ++attempt) {
-        temporary = (directory / ("." + target.filename().string() + ".tmp" +
+        // A shortened prefix keeps the name within the file-name limit.
+        temporary = (directory / ("." + target.filename().string().substr(0, 64) + ".tmp" +
                                   std::to_string(::getpid()) + "." + std::to_string(counter++)))
                         .string();
         fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);

@@ -1,7 +1,10 @@
 #include "webstep/platform/PrivateProfile.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+
+#include <csignal>
 
 #include <cstring>
 #include <filesystem>
@@ -297,7 +300,38 @@ TEST(PrivateProfile, WriteLeavesNoTemporaryFilesAndKeepsPermissions) {
     EXPECT_EQ(files, 1);
 }
 
-TEST(PrivateProfile, FailedWriteLeavesOldFileWhole) {
+TEST(PrivateProfile, FailedWriteLeavesOldFileWholeAndNoTemporaryFile) {
+    ScratchDir dir;
+    const std::string path = dir.File("a.ini");
+    ScratchDir::Write(path, "[s]\nk=1\n");
+    // A file-size limit makes the write of the new content fail part way,
+    // for any user.
+    struct sigaction ignore {};
+    struct sigaction previous {};
+    ignore.sa_handler = SIG_IGN;
+    ASSERT_EQ(::sigaction(SIGXFSZ, &ignore, &previous), 0);
+    struct rlimit saved {};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    struct rlimit limited = saved;
+    limited.rlim_cur = 1024;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limited), 0);
+    const std::string big(8192, 'b');
+    wp::SetLastError(0);
+    const wp::BOOL written = wp::WritePrivateProfileStringA("s", "k", big.c_str(), path.c_str());
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    ::sigaction(SIGXFSZ, &previous, nullptr);
+    EXPECT_FALSE(written);
+    EXPECT_NE(wp::GetLastError(), 0u);
+    EXPECT_EQ(Contents(path), "[s]\nk=1\n");
+    int files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dir.path())) {
+        (void)entry;
+        ++files;
+    }
+    EXPECT_EQ(files, 1);
+}
+
+TEST(PrivateProfile, UnwritableDirectoryFailsWithAccessDenied) {
     if (::geteuid() == 0) {
         GTEST_SKIP() << "permissions do not bind the superuser";
     }
@@ -306,12 +340,20 @@ TEST(PrivateProfile, FailedWriteLeavesOldFileWhole) {
     std::filesystem::create_directories(sub);
     const std::string path = sub + "/a.ini";
     ScratchDir::Write(path, "[s]\nk=1\n");
-    ASSERT_EQ(::chmod(sub.c_str(), 0500), 0);  // no new files in the directory
+    ASSERT_EQ(::chmod(sub.c_str(), 0500), 0);
     wp::SetLastError(0);
     EXPECT_FALSE(wp::WritePrivateProfileStringA("s", "k", "2", path.c_str()));
     EXPECT_EQ(wp::GetLastError(), 5u);
     ::chmod(sub.c_str(), 0700);
     EXPECT_EQ(Contents(path), "[s]\nk=1\n");
+}
+
+TEST(PrivateProfile, FileWithLongNameCanBeRewritten) {
+    ScratchDir dir;
+    const std::string path = dir.File(std::string(240, 'n') + ".ini");
+    ASSERT_TRUE(wp::WritePrivateProfileStringA("s", "k", "1", path.c_str()));
+    ASSERT_TRUE(wp::WritePrivateProfileStringA("s", "k", "2", path.c_str()));
+    EXPECT_EQ(Get("s", "k", "", path), "2");
 }
 
 TEST(PrivateProfile, WriteThroughSymbolicLinkUpdatesTarget) {
