@@ -1,11 +1,12 @@
 #include "webstep/resources/StringTable.h"
 
 #include <unicode/ucnv.h>
+#include <unicode/ustring.h>
 
-#include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "webstep/platform/CharacterServices.h"
 #include "webstep/platform/CodePage.h"
 
 namespace webstep::resources {
@@ -49,47 +50,31 @@ const StringEntry* Find(unsigned int id) {
     return nullptr;
 }
 
-// Converts UTF-8 text to the code page; empty result when no converter is
-// known for it (the caller then falls back to the UTF-8 bytes).
+// Converts UTF-8 text to the code page; false when ICU has no converter for
+// it (the caller then falls back to the UTF-8 bytes).
 bool ConvertFromUtf8(const char* utf8, unsigned int codePage, std::string& out) {
     if (codePage == platform::CP_UTF8) {
         out = utf8;
         return true;
     }
-    // Windows code page numbers are known to ICU under several aliases.
-    const char* const patterns[] = {"windows-%u", "cp%u", "ibm-%u"};
-    UConverter* converter = nullptr;
-    for (const char* pattern : patterns) {
-        char name[32];
-        std::snprintf(name, sizeof name, pattern, codePage);
-        UErrorCode status = U_ZERO_ERROR;
-        converter = ucnv_open(name, &status);
-        if (U_SUCCESS(status) && converter != nullptr) {
-            break;
-        }
-        if (converter != nullptr) {
-            ucnv_close(converter);
-        }
-        converter = nullptr;
+    const std::string name = platform::IcuConverterNameForCodePage(codePage);
+    if (name.empty()) {
+        return false;
     }
-    if (converter == nullptr) {
+    UErrorCode status = U_ZERO_ERROR;
+    UConverter* converter = ucnv_open(name.c_str(), &status);
+    if (U_FAILURE(status) || converter == nullptr) {
         return false;
     }
     // As the platform's wide-to-multibyte conversion does, unmappable
     // characters become a question mark.
-    UErrorCode status = U_ZERO_ERROR;
     ucnv_setSubstChars(converter, "?", 1, &status);
     status = U_ZERO_ERROR;
-    std::u16string wide(std::strlen(utf8) + 1, u'\0');
-    UConverter* utf8Converter = ucnv_open("UTF-8", &status);
-    if (U_FAILURE(status)) {
-        ucnv_close(converter);
-        return false;
-    }
-    const int32_t wideLength =
-        ucnv_toUChars(utf8Converter, wide.data(), static_cast<int32_t>(wide.size()), utf8,
-                      static_cast<int32_t>(std::strlen(utf8)), &status);
-    ucnv_close(utf8Converter);
+    const int32_t utf8Length = static_cast<int32_t>(std::strlen(utf8));
+    std::u16string wide(static_cast<std::size_t>(utf8Length) + 1, u'\0');
+    int32_t wideLength = 0;
+    u_strFromUTF8(wide.data(), static_cast<int32_t>(wide.size()), &wideLength, utf8, utf8Length,
+                  &status);
     if (U_FAILURE(status)) {
         ucnv_close(converter);
         return false;
@@ -105,24 +90,11 @@ bool ConvertFromUtf8(const char* utf8, unsigned int codePage, std::string& out) 
     return true;
 }
 
-// Length in bytes of the character that starts at text[i] in the code page.
+// Length in bytes of the character that starts at text[i] in the code page;
+// an invalid or cut sequence counts as one byte.
 std::size_t CharLength(const std::string& text, std::size_t i, unsigned int codePage) {
-    const unsigned char byte = static_cast<unsigned char>(text[i]);
-    if (codePage == platform::CP_UTF8) {
-        std::size_t n = 1;
-        if (byte >= 0xF0) {
-            n = 4;
-        } else if (byte >= 0xE0) {
-            n = 3;
-        } else if (byte >= 0xC0) {
-            n = 2;
-        }
-        return n;
-    }
-    if (platform::IsLeadByte(codePage, byte)) {
-        return 2;
-    }
-    return 1;
+    const int n = platform::CharLength(codePage, text.data() + i, text.size() - i);
+    return n > 0 ? static_cast<std::size_t>(n) : 1;
 }
 
 }  // namespace
@@ -154,7 +126,7 @@ std::size_t LoadStringA(unsigned int id, char* buffer, unsigned long size, unsig
     std::size_t used = 0;
     while (used < text.size()) {
         const std::size_t n = CharLength(text, used, codePage);
-        if (used + n > text.size() || used + n > size - 1) {
+        if (used + n > size - 1) {
             break;
         }
         used += n;

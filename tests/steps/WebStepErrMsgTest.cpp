@@ -2,6 +2,7 @@
 
 #include <iconv.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 
@@ -120,6 +121,27 @@ TEST(WebStepErrMsg, NoArgumentsMessageLoadsInUtf8UnderUtf8CodePage) {
     EXPECT_STREQ(buffer, "语句指定错误，未提供参数");
 }
 
+TEST(WebStepErrMsg, CodePageOfTheEnvironmentIsUsedWithoutOverride) {
+    const char* saved = std::getenv("WEBSTEP_CODEPAGE");
+    const std::string savedValue = saved != nullptr ? saved : "";
+    for (const char* codePage : {"936", "65001"}) {
+        setenv("WEBSTEP_CODEPAGE", codePage, 1);
+        webstep::platform::SetProcessCodePage(0);
+        char buffer[64];
+        ASSERT_TRUE(CWebStepErrMsg::GetMessageString(1009, buffer, sizeof buffer));
+        const std::string expected = std::string(codePage) == "936"
+                                         ? Iconv("GBK", "语句指定错误，未提供参数")
+                                         : std::string("语句指定错误，未提供参数");
+        EXPECT_EQ(std::string(buffer), expected) << codePage;
+    }
+    if (saved != nullptr) {
+        setenv("WEBSTEP_CODEPAGE", savedValue.c_str(), 1);
+    } else {
+        unsetenv("WEBSTEP_CODEPAGE");
+    }
+    webstep::platform::SetProcessCodePage(0);
+}
+
 TEST(WebStepErrMsg, CompleteMessageTableLoadsUnderUtf8) {
     CodePageScope scope(65001);
     for (const Expected& e : kTable) {
@@ -135,6 +157,15 @@ TEST(WebStepErrMsg, CompleteMessageTableLoadsUnderGbk) {
         char buffer[256];
         ASSERT_TRUE(CWebStepErrMsg::GetMessageString(e.code, buffer, sizeof buffer)) << e.code;
         EXPECT_EQ(std::string(buffer), Iconv("GBK", e.text)) << e.code;
+    }
+}
+
+TEST(WebStepErrMsg, CompleteMessageTableLoadsUnderGb18030) {
+    CodePageScope scope(54936);
+    for (const Expected& e : kTable) {
+        char buffer[256];
+        ASSERT_TRUE(CWebStepErrMsg::GetMessageString(e.code, buffer, sizeof buffer)) << e.code;
+        EXPECT_EQ(std::string(buffer), Iconv("GB18030", e.text)) << e.code;
     }
 }
 
