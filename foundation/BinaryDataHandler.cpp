@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 #include "webstep/platform/CharacterServices.h"
 #include "webstep/platform/CodePage.h"
@@ -18,24 +19,28 @@ bool IsPrintable(unsigned char c) {
     return c < 127 && (c >= 32 || c == '\r' || c == '\n' || c == '\t');
 }
 
-// The OS character-set type: above 1 for a multi-byte set.
-int OsCharsetType() {
-    return wp::os_get_charset_type();
-}
+// The character-set facts that decide how bytes are measured, taken once
+// per conversion.
+struct CharsetView {
+    bool multiByte;  // the OS character-set type is above 1
+    std::size_t maxLength;
+    bool shiftJis;
 
-// Byte length of the character at p, looking at most `remaining` bytes.
-int CharacterLength(const unsigned char* p, std::size_t remaining) {
-    if (OsCharsetType() > 1) {
-        const std::size_t bound =
-            std::min<std::size_t>(remaining, static_cast<std::size_t>(wp::GetMaxCharLength()));
-        return wp::mblen(reinterpret_cast<const char*>(p), bound);
+    CharsetView()
+        : multiByte(wp::os_get_charset_type() > 1),
+          maxLength(static_cast<std::size_t>(wp::GetMaxCharLength())),
+          shiftJis(wp::GetProcessCodePage() == wp::CP_SHIFT_JIS) {}
+
+    // Byte length of the character at p, looking at most `remaining` bytes.
+    int CharacterLength(const unsigned char* p, std::size_t remaining) const {
+        if (multiByte) {
+            return wp::mblen(reinterpret_cast<const char*>(p), std::min(remaining, maxLength));
+        }
+        return (remaining == 0 || *p == 0) ? 0 : 1;
     }
-    return (remaining == 0 || *p == 0) ? 0 : 1;
-}
 
-bool IsHalfWidthKatakana(unsigned char c) {
-    return wp::GetProcessCodePage() == wp::CP_SHIFT_JIS && c >= 0xA1 && c <= 0xDF;
-}
+    bool IsHalfWidthKatakana(unsigned char c) const { return shiftJis && c >= 0xA1 && c <= 0xDF; }
+};
 
 void AppendEscape(char* out, unsigned char c) {
     out[0] = '\\';
@@ -143,20 +148,30 @@ bool CBinaryDataHandler::ConvertBinaryToAsciiEx(const unsigned char* data, unsig
     }
     char* write = nullptr;
     if (!checkOnly) {
-        out.resize(static_cast<std::size_t>(length) * 4);
+        // An output that cannot be allocated is reported as an empty result
+        // rather than thrown.
+        try {
+            out.resize(static_cast<std::size_t>(length) * 4);
+        } catch (const std::exception&) {
+            out.clear();
+            return false;
+        }
         write = out.data();
     }
     const bool doubleByte = wp::IsDbcsEnabled();
+    const CharsetView charset;
     bool escaped = false;
     std::size_t produced = 0;
     std::size_t i = 0;
     while (i < length) {
         const unsigned char c = data[i];
-        if (doubleByte) {
-            const int charLength = CharacterLength(data + i, length - i);
+        // ASCII bytes are whole characters in every code page; only the
+        // others need measuring.
+        if (doubleByte && c >= 0x80) {
+            const int charLength = charset.CharacterLength(data + i, length - i);
             // Multi-byte and half-width katakana characters stay as they are,
             // even when text is not kept.
-            if (charLength >= 2 || (charLength == 1 && IsHalfWidthKatakana(c))) {
+            if (charLength >= 2 || (charLength == 1 && charset.IsHalfWidthKatakana(c))) {
                 if (!checkOnly) {
                     std::memcpy(write + produced, data + i, static_cast<std::size_t>(charLength));
                     produced += static_cast<std::size_t>(charLength);
