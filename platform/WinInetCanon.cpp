@@ -118,7 +118,6 @@ std::string ProcessPath(std::string_view path, const PathRules& rules) {
     }
     std::vector<Segment> out;
     bool lastWasDot = false;
-    char lastDotSep = '/';
     for (const Segment& s : segments) {
         bool dot = IsDotName(s.name) && (!rules.dotNeedsSlash || s.sep != '\\');
         if (!dot) {
@@ -129,13 +128,10 @@ std::string ProcessPath(std::string_view path, const PathRules& rules) {
         lastWasDot = true;
         if (s.name == ".")
             continue;
-        if (!out.empty() && out.back().name != "..") {
-            lastDotSep = out.back().sep ? out.back().sep : lastDotSep;
+        if (!out.empty() && out.back().name != "..")
             out.pop_back();
-        } else if (rules.keepExcessDotDot) {
-            out.push_back({s.name, s.sep});
-            lastWasDot = true;
-        }
+        else if (rules.keepExcessDotDot)
+            out.push_back(s);
     }
     std::string result = root;
     for (const Segment& s : out) {
@@ -143,13 +139,12 @@ std::string ProcessPath(std::string_view path, const PathRules& rules) {
         if (s.sep)
             result += conv(s.sep);
     }
-    if (lastWasDot) {
-        if (!result.empty() && !isSep(result.back()) && !IsSep(result.back()))
-            result += rules.outSep ? rules.outSep : '/';
-    }
+    // A path that ended in a dot segment ends in a separator.
+    char slash = rules.outSep ? rules.outSep : '/';
+    if (lastWasDot && !result.empty() && !IsSep(result.back()))
+        result += slash;
     if (result.empty() && rules.slashWhenEmpty && !path.empty())
-        result += rules.outSep ? rules.outSep : '/';
-    (void)lastDotSep;
+        result += slash;
     return result;
 }
 

@@ -73,7 +73,6 @@ bool CrackUrlParts(std::string_view url, CrackedUrl& out) {
     out.scheme = url.substr(0, colon);
     out.nScheme = SchemeNumber(out.scheme);
     std::string_view rest = url.substr(colon + 1);
-    std::size_t restOffset = colon + 1;
 
     // The extra information starts at the first "?", or when there is none,
     // at the first "#".
@@ -130,7 +129,6 @@ bool CrackUrlParts(std::string_view url, CrackedUrl& out) {
         out.path = out.path.substr(0, lf);
     if (extra != std::string_view::npos)
         out.extra = rest.substr(extra);
-    (void)restOffset;
     return true;
 }
 

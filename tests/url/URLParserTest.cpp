@@ -350,8 +350,43 @@ TEST(URLParser, EmptyAndGarbageInputsFailCleanly) {
     EXPECT_FALSE(CURLParser("\x01\x02\x7f").IsValid());
 }
 
-// For every recorded split, the parser agrees with the splitter applied to
-// the canonical text, plus its own path normalisation and division.
+// What the parser must hold for a text that the splitter takes apart:
+// the split parts, with the path normalised and divided. Empty when the
+// parser agrees, else a description of the difference.
+std::string DisagreementWithSplit(const CURLParser& u, const MString& text) {
+    URL_COMPONENTSA uc{};
+    uc.dwStructSize = sizeof uc;
+    uc.dwSchemeLength = uc.dwHostNameLength = uc.dwUserNameLength = uc.dwPasswordLength =
+        uc.dwUrlPathLength = uc.dwExtraInfoLength = DWORD(-1);
+    if (!InternetCrackUrlA(text.c_str(), 0, 0, &uc))
+        return u.IsValid() ? "valid although the text cannot be split" : "";
+    if (!u.IsValid())
+        return "not valid although the text can be split";
+    auto piece = [](const char* p, DWORD n) { return p && n ? MString(p, n) : MString(); };
+    MString path = piece(uc.lpszUrlPath, uc.dwUrlPathLength);
+    CURLParser::NormalizePath(path);
+    InternetSchemeMap& map = TheInternetSchemeMap();
+    MString protocol = map.GetDescr(piece(uc.lpszScheme, uc.dwSchemeLength).c_str())->name;
+    unsigned port = uc.nPort ? uc.nPort : map.GetDescr(protocol.c_str())->defaultPort;
+    std::string diff;
+    auto check = [&](const char* what, const MString& got, const MString& want) {
+        if (got != want)
+            diff += std::string(what) + " '" + webstep::test::Escaped(got) + "' != '" +
+                    webstep::test::Escaped(want) + "' ";
+    };
+    check("protocol", u.GetProtocol(), protocol);
+    check("host", u.GetHost(), piece(uc.lpszHostName, uc.dwHostNameLength));
+    check("user", u.GetUserNameA(), piece(uc.lpszUserName, uc.dwUserNameLength));
+    check("password", u.GetPassword(), piece(uc.lpszPassword, uc.dwPasswordLength));
+    check("full path", u.GetFullPath(), path);
+    check("extra", u.GetExtraInfo(), piece(uc.lpszExtraInfo, uc.dwExtraInfoLength));
+    check("port", u.GetPortString(), std::to_string(port));
+    check("path+file", u.GetPath() + u.GetFile(), path);
+    return diff;
+}
+
+// For every recorded canonical answer, the parser built from the original
+// text agrees with the splitter applied to that answer.
 TEST(URLParser, AccessorsAgreeWithCanonicalisedAndSplitVectors) {
     auto rows = webstep::test::ReadVectorFile(
         webstep::test::RequireShared("vectors/wininet-canon.tsv").string());
@@ -359,37 +394,50 @@ TEST(URLParser, AccessorsAgreeWithCanonicalisedAndSplitVectors) {
     std::string report;
     for (const auto& row : rows) {
         const std::string url = row.fields[1] ? *row.fields[1] : "";
+        const std::string recorded = row.fields[8] ? *row.fields[8] : "";
         if (url.empty() || url[0] == '#' || url[0] == '?')
             continue;
-        CURLParser u(url.c_str());
-        MString canonical = Canonical(url.c_str());
-        URL_COMPONENTSA uc{};
-        uc.dwStructSize = sizeof uc;
-        uc.dwSchemeLength = uc.dwHostNameLength = uc.dwUserNameLength = uc.dwPasswordLength =
-            uc.dwUrlPathLength = uc.dwExtraInfoLength = DWORD(-1);
-        bool cracked = InternetCrackUrlA(canonical.c_str(), 0, 0, &uc);
         ++checked;
-        if (!cracked) {
-            if (u.IsValid())
-                ++mismatches, report += "valid but not splittable: " +
-                                        webstep::test::Escaped(url.substr(0, 200)) + "\n";
-            continue;
-        }
-        MString path = uc.dwUrlPathLength ? MString(uc.lpszUrlPath, uc.dwUrlPathLength) : MString();
-        CURLParser::NormalizePath(path);
-        MString host =
-            uc.dwHostNameLength ? MString(uc.lpszHostName, uc.dwHostNameLength) : MString();
-        MString extra =
-            uc.dwExtraInfoLength ? MString(uc.lpszExtraInfo, uc.dwExtraInfoLength) : MString();
-        bool same = u.IsValid() && u.GetFullPath() == path && u.GetHost() == host &&
-                    u.GetExtraInfo() == extra && (uc.nPort == 0 || u.GetPortInt() == uc.nPort);
-        if (!same) {
-            ++mismatches;
-            if (mismatches < 20)
-                report += webstep::test::Escaped(url.substr(0, 200)) + "\n";
-        }
+        std::string diff = DisagreementWithSplit(CURLParser(url.c_str()), recorded);
+        if (!diff.empty() && ++mismatches < 20)
+            report += webstep::test::Escaped(url) + ": " + diff + "\n";
     }
     EXPECT_GT(checked, 1000);
+    EXPECT_EQ(mismatches, 0) << report;
+}
+
+// For every recorded combination whose base parses, relative creation
+// agrees with the splitter applied to the base (as the parser prints it)
+// combined with the relative text, and the explicit-port flag is sought in
+// that combined text.
+TEST(URLParser, RelativeCreationAgreesWithCombinedAndSplitVectors) {
+    auto rows = webstep::test::ReadVectorFile(
+        webstep::test::RequireShared("vectors/wininet-combine.tsv").string());
+    int checked = 0, mismatches = 0;
+    std::string report;
+    for (const auto& row : rows) {
+        const std::string base = row.fields[1] ? *row.fields[1] : "";
+        const std::string rel = row.fields[2] ? *row.fields[2] : "";
+        CURLParser b(base.c_str());
+        if (!b.IsValid())
+            continue;
+        ++checked;
+        CURLParser r(b, rel.c_str());
+        MString printed = b.GetFullURLWithLabelAndSearch();
+        std::vector<char> buf(printed.size() + rel.size() + 1024);
+        DWORD len = static_cast<DWORD>(buf.size());
+        ASSERT_TRUE(
+            InternetCombineUrlA(printed.c_str(), rel.c_str(), buf.data(), &len, ICU_NO_ENCODE));
+        MString combined(buf.data(), len);
+        std::string diff = DisagreementWithSplit(r, combined);
+        if (r.IsValid() &&
+            r.HasExplicitPort() != (combined.find(":" + r.GetPortString()) != MString::npos))
+            diff += "explicit port flag";
+        if (!diff.empty() && ++mismatches < 20)
+            report += webstep::test::Escaped(base) + " + " + webstep::test::Escaped(rel) + ": " +
+                      diff + "\n";
+    }
+    EXPECT_GT(checked, 800);
     EXPECT_EQ(mismatches, 0) << report;
 }
 
