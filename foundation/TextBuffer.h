@@ -40,6 +40,7 @@ public:
     int find(char c) const;
     // The last n bytes of the string, clamped to the string.
     const char* tail(int n) const;
+    char* tail(int n) { return const_cast<char*>(static_cast<const CTextBuffer*>(this)->tail(n)); }
     // Ends the string at n when n is below the capacity.
     void truncate(int n);
     // Sets the capacity to exactly n; the contents are not re-terminated

@@ -160,6 +160,10 @@ TEST(TextBuffer, TailPointsAtLastBytes) {
     EXPECT_STREQ(b.tail(0), "");
     EXPECT_STREQ(b.tail(6), "abcdef");
     EXPECT_STREQ(b.tail(100), "abcdef");  // clamped rather than before the block
+    EXPECT_STREQ(b.tail(-5), "");
+    char* writable = b.tail(1);
+    *writable = 'F';
+    EXPECT_STREQ(b.buffer(), "abcdeF");
 }
 
 TEST(TextBuffer, TruncateBelowCapacityCutsAndAtCapacityDoesNothing) {
