@@ -372,3 +372,31 @@ TEST(BinaryDataHandler, Utf8CharactersAreKeptUnderUtf8CodePage) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(BinaryDataHandler, CheckModeWithoutKeepTextNeedsEscapeForAnySingleByte) {
+    CodePageScope cp(webstep::platform::CP_LATIN1);
+    MString out = "kept";
+    EXPECT_TRUE(CBinaryDataHandler::ConvertBinaryToAsciiEx(
+        reinterpret_cast<const unsigned char*>("abc"), 3, out, true, false));
+    EXPECT_EQ(out, "kept");
+}
+
+TEST(BinaryDataHandler, CheckModeWithoutKeepTextAcceptsOnlyDoubleByteText) {
+    CodePageScope cp(webstep::platform::CP_GBK);
+    MString out;
+    EXPECT_FALSE(CBinaryDataHandler::ConvertBinaryToAsciiEx(
+        reinterpret_cast<const unsigned char*>("\xD6\xD0\xCE\xC4"), 4, out, true, false));
+    EXPECT_TRUE(CBinaryDataHandler::ConvertBinaryToAsciiEx(
+        reinterpret_cast<const unsigned char*>("\xD6\xD0!"), 3, out, true, false));
+}
+
+TEST(BinaryDataHandler, DecodingStopsAtTheTextsTerminator) {
+    char* result = nullptr;
+    EXPECT_EQ(CBinaryDataHandler::ConvertAsciiToBinary("ab\0\\x41", &result, true), 2);
+    EXPECT_STREQ(result, "ab");
+    std::free(result);
+}
+
+}  // namespace
