@@ -421,3 +421,24 @@ TEST(WebStepSetCertificateEx, FieldsAndCopies) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(WebStepRegSaveParam, HugeAndEmptyBoundaryTexts) {
+    CWebStepRegSaveParam step;
+    const MString huge(1 << 20, 'x');
+    step.SetLeft(huge.c_str());
+    step.SetRight("");
+    EXPECT_EQ(step.GetLeft().size(), huge.size());
+    EXPECT_EQ(step.GetRight(), "");
+    EXPECT_EQ(step.GetAttributes().GetNumItems(), 2u);
+}
+
+TEST(WebStepRegSaveParam, BoundaryTextWithDoubleByteCharactersIsKeptAsBytes) {
+    CWebStepRegSaveParam step;
+    const char gbk[] = "\xD3\xEF\xBE\xE4=";  // two GBK characters and "="
+    step.SetLeft(gbk);
+    EXPECT_EQ(step.GetLeft(), gbk);
+}
+
+}  // namespace

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <list>
+#include <string>
 
 #include "webstep/forms/Data.h"
 #include "webstep/steps/WebSteps.h"
@@ -631,6 +632,40 @@ TEST(ServiceSteps, NullTextSetterStoresEmpty) {
     CWebStepSaveHeader save;
     save.SetHeader(nullptr);
     EXPECT_EQ(save.GetHeader(), "");
+}
+
+}  // namespace
+
+namespace {
+
+TEST(WebStepCustomRequest, HugeBodiesAndManyPartsSurviveCopies) {
+    const MString huge(1 << 20, 'b');
+    CWebStepCustomRequest step;
+    step.SetRequestBody(huge.data(), static_cast<unsigned int>(huge.size()));
+    CWebStepCustomRequest::BodyList parts;
+    for (int i = 0; i < 1000; ++i) {
+        parts.push_back(
+            {"body" + std::to_string(i), std::to_string(i), CWebStepCustomRequest::BODY_VARIABLE});
+    }
+    step.SetBody(parts);
+    CWebStepCustomRequest copy(step);
+    EXPECT_EQ(copy.GetRequestBody().size(), huge.size());
+    ASSERT_EQ(copy.GetBody().size(), 1000u);
+    EXPECT_EQ(copy.GetBody().back().attributeName, "body999");
+}
+
+TEST(WebStepGlobalVerificationPauseResume, ManyIdsKeepTheirOrder) {
+    CWebStepGlobalVerificationResume step;
+    for (int i = 0; i < 500; ++i) {
+        step.AddID(std::to_string(i));
+    }
+    int expected = 0;
+    for (const MString& id : step.GetIDs()) {
+        EXPECT_EQ(id, std::to_string(expected++));
+    }
+    EXPECT_EQ(expected, 500);
+    step.AddID("");
+    EXPECT_EQ(step.GetIDs().back(), "");
 }
 
 }  // namespace
