@@ -464,3 +464,34 @@ TEST(URLParser, DivisionSkipsTrailBytesThatLookLikeSeparators) {
     EXPECT_EQ(u.GetPath(), "/dir/");
     EXPECT_EQ(u.GetFile(), "\x81\\name");
 }
+
+TEST(URLParser, RandomTextsNeverBreakTheParser) {
+    const char alphabet[] = "abcHT:/\\\\.?#@%|; \t\x81\xE4-0123";
+    unsigned state = 777;
+    auto next = [&] {
+        state = state * 1103515245u + 12345u;
+        return (state >> 16) & 0x7FFF;
+    };
+    CURLParser base("http://www.example.com/dir/page.html?x=1");
+    int valid = 0;
+    for (int round = 0; round < 3000; ++round) {
+        std::string text = next() % 2 ? "http://" : "";
+        int n = next() % 30;
+        for (int i = 0; i < n; ++i)
+            text += alphabet[next() % (sizeof alphabet - 1)];
+        for (const CURLParser& u : {CURLParser(text.c_str()), CURLParser(base, text.c_str())}) {
+            MString all = u.GetProtocol() + u.GetHost() + u.GetServer() + u.GetPath() +
+                          u.GetFile() + u.GetSearch() + u.GetLabel() +
+                          u.GetFullPathWithLabelAndSearch() + u.GetFullPathWithSearch() +
+                          u.GetFullURLWithLabelAndSearch() + u.GetSimplifiedHost();
+            if (u.IsValid()) {
+                ++valid;
+                MString full;
+                ASSERT_LE(u.ToStringRep(full, 7), u.EstimateStringRepSize(7));
+            } else {
+                ASSERT_TRUE(all.empty());
+            }
+        }
+    }
+    EXPECT_GT(valid, 1000);
+}

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 #include "webstep/platform/LastError.h"
 #include "webstep/platform/WinInet.h"
@@ -293,4 +295,53 @@ TEST(LastError, IsKeptPerThread) {
     other.join();
     EXPECT_EQ(seenByOther, 0u);
     EXPECT_EQ(GetLastError(), 122u);
+}
+
+// Random texts made of the characters that matter to URLs: every service
+// answers without crashing, and the reported sizes are exact.
+TEST(WinInetServices, RandomTextsKeepTheBufferContract) {
+    const char alphabet[] = "abcHT:/\\\\.?#@%|; \t\n\x81\xE4-0123";
+    unsigned state = 12345;
+    auto next = [&] {
+        state = state * 1103515245u + 12345u;
+        return (state >> 16) & 0x7FFF;
+    };
+    for (int round = 0; round < 5000; ++round) {
+        std::string a, b;
+        int la = next() % 24, lb = next() % 12;
+        for (int i = 0; i < la; ++i)
+            a += alphabet[next() % (sizeof alphabet - 1)];
+        for (int i = 0; i < lb; ++i)
+            b += alphabet[next() % (sizeof alphabet - 1)];
+        if (next() % 3 == 0)
+            a = "http://" + a;
+
+        URL_COMPONENTSA uc = PointerMode();
+        if (InternetCrackUrlA(a.c_str(), 0, 0, &uc)) {
+            for (auto [p, n] : {std::pair{uc.lpszHostName, uc.dwHostNameLength},
+                                std::pair{uc.lpszUrlPath, uc.dwUrlPathLength},
+                                std::pair{uc.lpszExtraInfo, uc.dwExtraInfoLength}}) {
+                if (n) {
+                    ASSERT_GE(p, a.c_str());
+                    ASSERT_LE(p + n, a.c_str() + a.size());
+                }
+            }
+        }
+
+        for (int which = 0; which < 2; ++which) {
+            DWORD len = 0;
+            auto call = [&](char* buf, DWORD* l) {
+                return which == 0
+                           ? InternetCanonicalizeUrlA(a.c_str(), buf, l, ICU_NO_ENCODE)
+                           : InternetCombineUrlA(a.c_str(), b.c_str(), buf, l, ICU_NO_ENCODE);
+            };
+            ASSERT_FALSE(call(nullptr, &len));
+            ASSERT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+            std::vector<char> buf(len);
+            DWORD size = len;
+            ASSERT_TRUE(call(buf.data(), &size)) << a << " | " << b;
+            ASSERT_EQ(size + 1, len);
+            ASSERT_EQ(std::strlen(buf.data()), size);
+        }
+    }
 }
