@@ -1,0 +1,34 @@
+#pragma once
+// Which browser program a recording starts: the system's default browser or
+// an explicit path, started by the library or by hand.
+#include "webstep/foundation/MString.h"
+
+class CBrowserSettings {
+public:
+    CBrowserSettings();
+    CBrowserSettings(const CBrowserSettings& other);
+    CBrowserSettings& operator=(const CBrowserSettings& other);
+    ~CBrowserSettings();
+
+    void SetPath(const MString& path) { m_path = path; }
+    // The default browser's program when use-default is set, else the path.
+    MString GetPath() const;
+    bool IsManualInvoke() const { return m_manualInvoke; }
+    void SetManualInvoke(bool manual) { m_manualInvoke = manual; }
+    bool IsUseDefault() const { return m_useDefault; }
+    void SetUseDefault(bool useDefault) { m_useDefault = useDefault; }
+
+    // The program of a command line: the quoted text when the line starts
+    // with a quote, else the text before the first blank. Leading blanks are
+    // skipped; the path is returned as written (not shortened).
+    static MString ExtractShortPath(const MString& commandLine);
+
+private:
+    // The program that opens web pages, from the classes registered for
+    // ".htm"; empty when none is registered.
+    static MString GetDefaultBrowserPath();
+
+    MString m_path;
+    bool m_useDefault = true;
+    bool m_manualInvoke = false;
+};
