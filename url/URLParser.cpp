@@ -23,7 +23,13 @@ const long InternetSchemeMap::m_SchemeDescrArraySize = 12;
 SchemeDescr* InternetSchemeMap::m_SchemeDescrArray = nullptr;
 std::map<MString, SchemeDescr*>* InternetSchemeMap::m_SchemeNameMap = nullptr;
 
+// Any instance makes sure that the process-wide one, which owns the table,
+// exists; only that one fills the table and releases it at exit.
 InternetSchemeMap::InternetSchemeMap() {
+    Instance();
+}
+
+InternetSchemeMap::InternetSchemeMap(ProcessWide) {
     if (m_SchemeDescrArray != nullptr)
         return;
     m_owner = true;
@@ -35,6 +41,11 @@ InternetSchemeMap::InternetSchemeMap() {
             SchemeDescr{row.name, row.separator, row.hierarchical, row.defaultPort};
         (*m_SchemeNameMap)[row.name] = &m_SchemeDescrArray[i];
     }
+}
+
+InternetSchemeMap& InternetSchemeMap::Instance() {
+    static InternetSchemeMap map{ProcessWide{}};
+    return map;
 }
 
 InternetSchemeMap::~InternetSchemeMap() {
@@ -68,8 +79,7 @@ bool InternetSchemeMap::IsUnknown(SchemeDescr* descr) {
 }
 
 InternetSchemeMap& TheInternetSchemeMap() {
-    static InternetSchemeMap map;
-    return map;
+    return InternetSchemeMap::Instance();
 }
 
 // ---------------------------------------------------------------------------
@@ -545,7 +555,7 @@ int CURLParser::ToStringRep(MString& text, int options) const {
             // With the label option alone a label suppresses the search.
             if ((options & LABEL) && !label.empty())
                 text += "#" + label;
-            else if ((options & SEARCH) && m_extraInfo[0] == '?')
+            else if (m_extraInfo[0] == '?')
                 text += "?" + search;
         }
     }

@@ -28,6 +28,8 @@ public:
 
     InternetSchemeMap();
     ~InternetSchemeMap();
+    // The process-wide instance, built on first use.
+    static InternetSchemeMap& Instance();
     InternetSchemeMap(const InternetSchemeMap&) = delete;
     InternetSchemeMap& operator=(const InternetSchemeMap&) = delete;
 
@@ -44,6 +46,8 @@ public:
     static std::map<MString, SchemeDescr*>* m_SchemeNameMap;
 
 private:
+    struct ProcessWide {};
+    explicit InternetSchemeMap(ProcessWide);
     bool m_owner = false;
 };
 
