@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <cstring>
 
 #include "webstep/platform/CodePage.h"
@@ -95,9 +96,18 @@ void CTextBuffer::append(const char* s, unsigned n) {
     if (count == 0) {
         return;
     }
+    // A source inside this buffer is found again after a reallocation.
+    const std::uintptr_t address = reinterpret_cast<std::uintptr_t>(s);
+    const std::uintptr_t begin = reinterpret_cast<std::uintptr_t>(m_buffer);
+    const bool inside =
+        address >= begin && address <= begin + static_cast<std::uintptr_t>(m_capacity);
+    const std::size_t offset = inside ? address - begin : 0;
     grow(count);
+    if (inside) {
+        s = m_buffer + offset;
+    }
     const int length = size();
-    std::memcpy(m_buffer + length, s, static_cast<std::size_t>(count));
+    std::memmove(m_buffer + length, s, static_cast<std::size_t>(count));
     m_buffer[length + count] = '\0';
 }
 

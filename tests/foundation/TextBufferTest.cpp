@@ -60,6 +60,15 @@ TEST(TextBuffer, AppendWithCountStopsAtNulLikeStrncat) {
     EXPECT_STREQ(b.buffer(), "abcdxy");
 }
 
+TEST(TextBuffer, AppendingOwnContentSurvivesReallocation) {
+    CTextBuffer b(std::string(200, 'a').c_str());
+    b.append(b.buffer());
+    EXPECT_EQ(b.size(), 400);
+    EXPECT_EQ(std::string(b.buffer()), std::string(400, 'a'));
+    b.append(b.tail(3), 3);
+    EXPECT_EQ(b.size(), 403);
+}
+
 TEST(TextBuffer, AppendNullIsIgnored) {
     CTextBuffer b("ab");
     b.append(nullptr);
