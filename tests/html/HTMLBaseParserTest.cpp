@@ -513,3 +513,85 @@ TEST(HTMLAttrs, ListGrowsByTenAndCopiesDeeply) {
     EXPECT_EQ(list.size(), 0);
     EXPECT_EQ(copy.size(), 11);
 }
+
+TEST(HTMLBaseParser, StopParseInsideAScriptPushesTheCommentCollectedThere) {
+    EXPECT_EQ(Parse("<script>x<!--a-->"), (Strings{"<script>", "comment:a", "comment:"}));
+}
+
+TEST(HTMLBaseParser, DeclarationReachesTheCommentCallbackAsAnEmptyComment) {
+    EXPECT_EQ(Parse("<!DOCTYPE html>t"), (Strings{"comment:", "text:t"}));
+}
+
+TEST(HTMLBaseParser, RegisteringAnOutOfRangeTagIsIgnored) {
+    EventRecorder rec;
+    CHTMLBaseParser parser;
+    parser.registerTagCallback(static_cast<HTMLTag>(99), &rec);
+    parser.registerTagCallback(static_cast<HTMLTag>(186), &rec);
+    parser.registerTagCallback(HTML_UNKNOWN_TAG, &rec);
+    parser.startParse();
+    parser.continueParse("<a><xmp>", 8);
+    parser.stopParse();
+    EXPECT_TRUE(rec.events.empty());
+}
+
+TEST(HTMLBaseParser, UnterminatedCommentFlagSetByHandIsHonouredAtStop) {
+    RecordingParser p;
+    p.parser.startParse();
+    p.parser.continueParse("x", 1);
+    p.parser.SetUnterminatedComment(true);
+    p.parser.stopParse();
+    EXPECT_EQ(p.rec.events, (Strings{"comment:", "text:x"}));
+}
+
+TEST(HTMLBaseParser, LargeTableInPiecesDeliversEveryCell) {
+    struct Counter : TagCallback {
+        void onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) override {
+            CHTMLAttr* cls = nullptr;
+            if (tag == HTML_TD && attrs->find("class", cls) &&
+                std::strcmp(cls->value(), "c") == 0) {
+                ++cells;
+            }
+        }
+        void onEndTag(HTMLTag) override {}
+        int cells = 0;
+    } counter;
+    CHTMLBaseParser parser;
+    parser.registerTagCallback(HTML_TD, &counter);
+    std::string page;
+    for (int i = 0; i < 20000; ++i) {
+        page += "<tr><td class=c>cell &amp; " + std::to_string(i) + "</td></tr>\n";
+    }
+    parser.startParse();
+    for (std::size_t at = 0; at < page.size(); at += 4096) {
+        const std::size_t n = std::min<std::size_t>(4096, page.size() - at);
+        parser.continueParse(page.data() + at, static_cast<unsigned>(n));
+    }
+    parser.stopParse();
+    EXPECT_EQ(counter.cells, 20000);
+}
+
+TEST(HTMLBaseParser, CallbackMayTakeTheAttributeListAndLeaveAnother) {
+    struct Taker : TagCallback {
+        void onStartTag(HTMLTag, CHTMLAttrs*& attrs) override {
+            kept.push_back(attrs);
+            attrs = (kept.size() % 2 == 1) ? nullptr : new CHTMLAttrs();
+        }
+        void onEndTag(HTMLTag) override {}
+        ~Taker() override {
+            for (CHTMLAttrs* a : kept) {
+                delete a;
+            }
+        }
+        std::vector<CHTMLAttrs*> kept;
+    } taker;
+    CHTMLBaseParser parser;
+    parser.registerTagCallback(HTML_ALL_TAGS, &taker);
+    parser.startParse();
+    const std::string page = "<a href=1><b id=2><i class=3>";
+    parser.continueParse(page.data(), static_cast<unsigned>(page.size()));
+    parser.stopParse();
+    ASSERT_EQ(taker.kept.size(), 3u);
+    EXPECT_STREQ((*taker.kept[0])[0]->value(), "1");
+    EXPECT_STREQ((*taker.kept[1])[0]->name(), "id");
+    EXPECT_STREQ((*taker.kept[2])[0]->value(), "3");
+}

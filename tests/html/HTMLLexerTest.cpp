@@ -457,6 +457,24 @@ TEST(HTMLLexerPieces, LongQuotedValueAndCommentInSingleBytes) {
     EXPECT_EQ(rec.of(kAux)[1], "Comment:" + comment);
 }
 
+TEST(HTMLLexerPieces, LongUnfinishedTokensInSingleBytesStayLinear) {
+    // Tokens that are not runs are kept whole until they end; in single
+    // bytes they must not be scanned again for every byte.
+    const std::string blob(300000, 'b');
+    const std::string page = "<img src=data:" + blob + " alt=x><?" + blob + "><" + blob + ">";
+    TokenRecorder whole;
+    {
+        CHTMLLexer lexer(&whole);
+        FeedLexer(lexer, page);
+    }
+    TokenRecorder rec;
+    CHTMLLexer lexer(&rec);
+    FeedLexer(lexer, page, 1);
+    EXPECT_EQ(rec.tokens, whole.tokens);
+    EXPECT_EQ(rec.of(kTag)[2], "Name Token:data:" + blob);
+    EXPECT_EQ(rec.of(kAux)[0], "Processing Instruction:<?" + blob + ">");
+}
+
 TEST(HTMLLexerThreads, TwoEnginesInTwoThreadsAreIndependent) {
     std::string page;
     for (int i = 0; i < 2000; ++i) {
