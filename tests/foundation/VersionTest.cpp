@@ -4,4 +4,6 @@
 
 #include <cstring>
 
-TEST(Version, IsTheProjectVersion) { EXPECT_STREQ(webstep::GetVersion(), WEBSTEP_EXPECTED_VERSION); }
+TEST(Version, IsTheProjectVersion) {
+    EXPECT_STREQ(webstep::GetVersion(), WEBSTEP_EXPECTED_VERSION);
+}
