@@ -1,6 +1,7 @@
 // Canonicalising a URL as the Windows service does without encoding:
 // whitespace clean-up, lower-case scheme, dot segments, separators and the
 // file-URL forms. How far each step goes depends on the class of the scheme.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -88,6 +89,21 @@ std::string ProcessPath(std::string_view path, const PathRules& rules) {
         return (rules.outSep && IsSep(c) && (c == '/' || rules.backslashSeparates)) ? rules.outSep
                                                                                     : c;
     };
+    // Most paths have no dot segment: only their separators may change.
+    bool hasDotSegment = false;
+    for (std::size_t k = 0; k < path.size() && !hasDotSegment; ++k) {
+        if (path[k] != '.' || (k > 0 && !isSep(path[k - 1])))
+            continue;
+        std::size_t e = k + 1 < path.size() && path[k + 1] == '.' ? k + 2 : k + 1;
+        hasDotSegment = e == path.size() || isSep(path[e]);
+    }
+    if (!hasDotSegment) {
+        std::string out(path);
+        if (rules.outSep)
+            for (char& c : out)
+                c = conv(c);
+        return out;
+    }
     std::string root;
     std::size_t i = 0;
     if (!path.empty() && isSep(path[0]) && !rules.rootPoppable) {
@@ -463,20 +479,22 @@ std::string CanonicalizeUrlForm(std::string_view url, bool fileUrlForm) {
         ++b;
     while (e > b && static_cast<unsigned char>(url[e - 1]) <= 0x20)
         --e;
-    std::string s;
-    s.reserve(e - b);
-    for (std::size_t i = b; i < e; ++i)
-        if (url[i] != '\t' && url[i] != '\r' && url[i] != '\n')
-            s += url[i];
+    std::string s(url.substr(b, e - b));
+    s.erase(std::remove_if(s.begin(), s.end(),
+                           [](char c) { return c == '\t' || c == '\r' || c == '\n'; }),
+            s.end());
 
     if (s.size() >= 2 && s[0] == '\\' && s[1] == '\\')
         return fileUrlForm ? FileUrlForm(s) : FilePath(s);
     if (StartsWithDrive(s))
         return fileUrlForm ? FileUrlForm(s) : "file://" + FilePath(s).substr(7);
 
-    std::size_t colon = s.find(':');
-    std::size_t stop = s.find_first_of("/\\?#");
-    if (colon == std::string::npos || colon == 0 || (stop != std::string::npos && stop < colon))
+    // A scheme ends at the first ":" that no "/", "\\", "?" or "#" precedes.
+    std::size_t colon = 0;
+    while (colon < s.size() && s[colon] != ':' && s[colon] != '/' && s[colon] != '\\' &&
+           s[colon] != '?' && s[colon] != '#')
+        ++colon;
+    if (colon == 0 || colon == s.size() || s[colon] != ':')
         return CanonRelative(s);
 
     std::string scheme = LowerCopy(std::string_view(s).substr(0, colon));
@@ -498,19 +516,23 @@ std::string CanonicalizeUrlForm(std::string_view url, bool fileUrlForm) {
     std::string work(rest);
     if (cls == SchemeClass::Web) {
         // Backslashes become slashes up to the query or fragment.
-        std::size_t end = work.find_first_of("?#");
-        if (end == std::string::npos)
-            end = work.size();
-        for (std::size_t i = 0; i < end; ++i)
-            if (work[i] == '\\')
-                work[i] = '/';
+        for (char& c : work) {
+            if (c == '?' || c == '#')
+                break;
+            if (c == '\\')
+                c = '/';
+        }
     }
     bool marker = validScheme && work.size() >= 2 &&
                   ((work[0] == '/' && work[1] == '/') ||
                    (cls == SchemeClass::Plain && IsSep(work[0]) && IsSep(work[1])));
-    if (marker)
-        return scheme + ":" + work.substr(0, 2) +
-               CanonHierarchical(scheme, cls, std::string_view(work).substr(2));
+    if (marker) {
+        std::string out;
+        out.reserve(work.size() + scheme.size() + 2);
+        out.append(scheme).append(":").append(work, 0, 2);
+        out.append(CanonHierarchical(scheme, cls, std::string_view(work).substr(2)));
+        return out;
+    }
 
     // A path without authority.
     if (cls == SchemeClass::Unknown) {

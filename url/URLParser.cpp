@@ -244,10 +244,12 @@ int CURLParser::CreateFromURLComponents(const URL_COMPONENTSA& c) {
     MString urlPath = piece(c.lpszUrlPath, c.dwUrlPathLength);
     if (!urlPath.empty()) {
         NormalizePath(urlPath);
+        const unsigned int codePage = GetProcessCodePage();
         std::size_t cut = MString::npos;
         // The last separator that is a whole character (not a trail byte).
         for (std::size_t i = 0; i < urlPath.size(); ++i) {
-            if (IsLeadByte(static_cast<unsigned char>(urlPath[i])) && i + 1 < urlPath.size()) {
+            if (IsLeadByte(codePage, static_cast<unsigned char>(urlPath[i])) &&
+                i + 1 < urlPath.size()) {
                 ++i;
                 continue;
             }
@@ -269,7 +271,14 @@ int CURLParser::CreateFromURLComponents(const URL_COMPONENTSA& c) {
 
 void CURLParser::NormalizePath(MString& path) {
     enum State { Normal, AfterSeparator, OneDot, TwoDots };
+    const unsigned int codePage = GetProcessCodePage();
     auto isSep = [](char c) { return c == '/' || c == '\\'; };
+    // Nothing to do without a "." right after a separator.
+    bool candidate = false;
+    for (std::size_t k = 1; k < path.size() && !candidate; ++k)
+        candidate = path[k] == '.' && isSep(path[k - 1]);
+    if (!candidate)
+        return;
     MString out;
     out.reserve(path.size());
     std::size_t i = 0;
@@ -277,7 +286,7 @@ void CURLParser::NormalizePath(MString& path) {
     if (path.size() >= 2 && path[0] == '\\' && path[1] == '\\') {
         i = 2;
         while (i < path.size() && !isSep(path[i])) {
-            if (IsLeadByte(static_cast<unsigned char>(path[i])) && i + 1 < path.size())
+            if (IsLeadByte(codePage, static_cast<unsigned char>(path[i])) && i + 1 < path.size())
                 ++i;
             ++i;
         }
@@ -286,7 +295,7 @@ void CURLParser::NormalizePath(MString& path) {
     State state = Normal;
     for (; i < path.size(); ++i) {
         char c = path[i];
-        if (IsLeadByte(static_cast<unsigned char>(c)) && i + 1 < path.size()) {
+        if (IsLeadByte(codePage, static_cast<unsigned char>(c)) && i + 1 < path.size()) {
             if (state == OneDot)
                 out += '.';
             if (state == TwoDots)
