@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "webstep/platform/WinInetInternal.h"
+#include "webstep/platform/internal/WinInetInternal.h"
 
 namespace webstep::platform {
 

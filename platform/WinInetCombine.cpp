@@ -2,7 +2,7 @@
 // result in the URL form (file URLs as "file:///C:/dir/x").
 #include <string>
 
-#include "webstep/platform/WinInetInternal.h"
+#include "webstep/platform/internal/WinInetInternal.h"
 
 namespace webstep::platform {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "webstep/platform/WinInet.h"
-#include "webstep/platform/WinInetInternal.h"
+#include "webstep/platform/internal/WinInetInternal.h"
 
 namespace webstep::platform {
 

@@ -1,7 +1,7 @@
 // Scheme names and numbers shared by the URL services.
 #include <array>
 
-#include "webstep/platform/WinInetInternal.h"
+#include "webstep/platform/internal/WinInetInternal.h"
 
 namespace webstep::platform {
 
