@@ -512,3 +512,26 @@ TEST(URLParser, RandomTextsNeverBreakTheParser) {
     }
     EXPECT_GT(valid, 1000);
 }
+
+TEST(URLParser, CreateResolvesWithoutTestingTheBase) {
+    CURLParser invalid;
+    CURLParser u;
+    EXPECT_EQ(u.Create(invalid, "http://h/p"), 1);
+    EXPECT_TRUE(u.IsValid());
+    EXPECT_EQ(u.GetHost(), "h");
+    CURLParser base("http://h/d/");
+    EXPECT_EQ(u.Create(base, "x.html"), 1);
+    EXPECT_EQ(u.GetFullURL(), "http://h/d/x.html");
+    EXPECT_EQ(u.Create(base, nullptr), 0);
+    EXPECT_FALSE(u.IsValid());
+    EXPECT_EQ(u.GetHost(), "");
+}
+
+TEST(URLParser, LabelOptionAloneLetsALabelSuppressTheSearch) {
+    CURLParser u("http://h/p?s#l");
+    MString text;
+    u.ToStringRep(text, CURLParser::LABEL);
+    EXPECT_EQ(text, "http://h/p#l");
+    u.ToStringRep(text, CURLParser::SEARCH);
+    EXPECT_EQ(text, "http://h/p?s");
+}
