@@ -46,6 +46,13 @@ public:
     const MString& GetPassword() const;
     void SetPassword(const char* text);
 
+    // Writes the certificate of "CertIndex" as "certificate<index>.pem" into
+    // the directory through the certificate exporter module and records the
+    // file name in the exported files list. Returns 0, or 0x80004005 when
+    // the module or its function is missing or the export fails (nothing is
+    // recorded then).
+    long ExportCertificate(const MString& directory) const;
+
 private:
     mutable MString m_Scratch;
 };

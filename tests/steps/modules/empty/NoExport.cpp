@@ -1,0 +1,4 @@
+// A module without the exporter function.
+extern "C" int SomethingElse() {
+    return 1;
+}
