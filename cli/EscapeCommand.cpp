@@ -51,7 +51,8 @@ int RunUnescape(bool unescapeBackslash) {
         return 2;
     }
     char* result = nullptr;
-    int length = CBinaryDataHandler::ConvertAsciiToBinary(input.c_str(), &result, unescapeBackslash);
+    int length =
+        CBinaryDataHandler::ConvertAsciiToBinary(input.c_str(), &result, unescapeBackslash);
     if (length < 0) {
         std::cerr << "webstep unescape: out of memory\n";
         return 2;
@@ -91,7 +92,8 @@ void AddEscapeCommands(CLI::App& app, int* exitCode) {
         "  example: webstep unescape < body.txt > body.bin");
     unescape->add_flag("!--keep-double-backslash", *unescapeBackslash,
                        "Leave a doubled backslash as two backslashes");
-    unescape->callback([unescapeBackslash, exitCode] { *exitCode = RunUnescape(*unescapeBackslash); });
+    unescape->callback(
+        [unescapeBackslash, exitCode] { *exitCode = RunUnescape(*unescapeBackslash); });
 }
 
 }  // namespace webstep::cli

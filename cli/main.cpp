@@ -1,4 +1,5 @@
 #include "EscapeCommand.h"
+#include "UrlCommand.h"
 
 #include "webstep/webstep.h"
 
@@ -12,6 +13,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1, 1);
     int exitCode = 0;
     webstep::cli::AddEscapeCommands(app, &exitCode);
+    webstep::cli::AddUrlCommand(app, &exitCode);
     CLI11_PARSE(app, argc, argv);
     return exitCode;
 }
