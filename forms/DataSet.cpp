@@ -5,6 +5,7 @@
 #include <string>
 
 #include "webstep/forms/EscArgs.h"
+#include "webstep/forms/TextTrim.h"
 #include "webstep/foundation/BinaryDataHandler.h"
 #include "webstep/platform/Utf8Converter.h"
 
@@ -15,20 +16,8 @@ using webstep::platform::WrUtilsUtf8ToMb_Statefull;
 
 namespace {
 
-bool IsSpace(unsigned char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-// Trail bytes of the double-byte code pages are never white space, so a
-// byte-wise trim is multi-byte safe.
 void Trim(MString& text) {
-    size_t begin = 0;
-    while (begin < text.size() && IsSpace(static_cast<unsigned char>(text[begin])))
-        ++begin;
-    size_t end = text.size();
-    while (end > begin && IsSpace(static_cast<unsigned char>(text[end - 1])))
-        --end;
-    text = text.substr(begin, end - begin);
+    text = MbTrim(text);
 }
 
 // UTF-8 to the process code page, one whole text at a time; the text is

@@ -10,24 +10,13 @@
 #include "webstep/forms/Data.h"
 #include "webstep/forms/DataSet.h"
 #include "webstep/forms/Resource.h"
+#include "webstep/forms/TextTrim.h"
 #include "webstep/steps/WebStepError.h"
 
 namespace {
 
-// Trail bytes of double-byte characters are never ASCII white space, so a
-// byte-wise test stays multi-byte safe.
-bool IsSpace(unsigned char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
 MString Trimmed(const MString& text) {
-    size_t begin = 0;
-    while (begin < text.size() && IsSpace(static_cast<unsigned char>(text[begin])))
-        ++begin;
-    size_t end = text.size();
-    while (end > begin && IsSpace(static_cast<unsigned char>(text[end - 1])))
-        --end;
-    return text.substr(begin, end - begin);
+    return MbTrim(text);
 }
 
 bool EqualsNoCase(const MString& a, const char* b) {

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "ParserProbe.h"
+#include "webstep/platform/CodePage.h"
 
 namespace {
 
@@ -299,4 +300,29 @@ TEST_F(Primitives, IsTerminatorFindsAnyLetterCaseAtIndexZero) {
     EXPECT_EQ(index, 1);
     EXPECT_FALSE(CProbeParser::IsTerminator("x", nullptr, &index));
     EXPECT_EQ(index, -1);
+}
+
+TEST_F(Primitives, NameOfOnlyIdeographicSpacesFailsWith1002) {
+    webstep::platform::SetProcessCodePage(webstep::platform::CP_GBK);
+    MString name, value;
+    EXPECT_FALSE(p.ParseAttribute("\xA1\xA1=v", name, value));
+    EXPECT_EQ(ErrorText(p), "1002|text=\xA1\xA1=v");
+    MString url, rest, param;
+    ASSERT_TRUE(
+        p.ParseUrlArgument("\xA1\xA1host\xA1\xA1:\xA1\xA1"
+                           "80",
+                           url, rest, param));
+    EXPECT_EQ(url, "host");
+    EXPECT_EQ(rest, "80");
+    webstep::platform::SetProcessCodePage(0);
+}
+
+TEST_F(Primitives, VariableArgumentModeReportsArgumentZero) {
+    p.body = [](CProbeParser& self) {
+        CAttributeSet set;
+        return self.BuildAttrSetFromArgList(set, CWebStepScript::DefaultTerminators, nullptr,
+                                            false);
+    };
+    EXPECT_FALSE(p.ParseArgumentList(WPF_COPY_ARGUMENTS, "A=1", "bad", "LAST"));
+    EXPECT_EQ(ErrorText(p), "1002|text=bad|argument=0");
 }
