@@ -185,6 +185,14 @@ TEST(HTMLScannerMenuTest, OptionsGetFormattedTrimmedText) {
     EXPECT_EQ(menu->item(2)->value(), nullptr);
 }
 
+TEST(HTMLScannerMenuTest, TextBetweenOptionsIsNotPartOfAnItem) {
+    auto s = ScanPage("<form><select><option>a</option>between<option>c</select>after</form>");
+    auto* menu = dynamic_cast<CHTMLMenu*>(s->form(0)->element(0));
+    ASSERT_EQ(menu->nItems(), 2);
+    EXPECT_STREQ(menu->item(0)->text(), "a");
+    EXPECT_STREQ(menu->item(1)->text(), "c");
+}
+
 TEST(HTMLScannerMenuTest, OptionOutsideASelectIsDropped) {
     auto s = ScanPage(
         "<form><option value=1>x</option><select name=m></select>"
@@ -269,6 +277,18 @@ TEST(HTMLScannerLinkTest, AnchorTextIsFormattedContent) {
     auto* anchor = s->link(0)->getObject();
     ASSERT_NE(anchor, nullptr);
     EXPECT_STREQ(anchor->content(), "Next page");
+}
+
+TEST(HTMLScannerLinkTest, TextAfterTheAnchorEndIsNotCollected) {
+    auto s = ScanPage("<a href=x>in</a>out<b>more</b>");
+    ASSERT_EQ(s->nLinks(), 1);
+    EXPECT_STREQ(s->link(0)->getObject()->content(), "in");
+}
+
+TEST(HTMLScannerLinkTest, AnchorLeftOpenAtTheEndGetsItsText) {
+    auto s = ScanPage("<a href=x> tail  text ");
+    ASSERT_EQ(s->nLinks(), 1);
+    EXPECT_STREQ(s->link(0)->getObject()->content(), "tail text");
 }
 
 TEST(HTMLScannerLinkTest, AnchorTextEndsAtTheNextAnchor) {
