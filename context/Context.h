@@ -3,7 +3,10 @@
 // context tree, and the parameter hooks through which script parameter
 // references are resolved. In this class the hooks do nothing and succeed;
 // callers that keep parameters derive from it and override them.
+//
+// The context does not own its trees: whoever builds them deletes them.
 #include "webstep/foundation/MString.h"
+#include "webstep/url/URLParser.h"
 
 class CContextTree;
 
@@ -25,12 +28,28 @@ public:
     CContextTree* GetPrevContextTree() const { return m_pPrevContextTree; }
     void SetPrevContextTree(CContextTree* tree) { m_pPrevContextTree = tree; }
 
+    // The current tree's URL; without a current tree an empty, invalid URL.
+    const CURLParser& GetUrl() const;
+    // Assigns the current tree's URL; false (nothing done) without one.
+    bool SetUrl(const CURLParser& url);
+
+    // Lock or unlock the current tree's node (waiting without limit); true
+    // without a current tree.
+    bool LockTree();
+    bool UnlockTree();
+
+    // A single new node made by the current tree's CreateObject, with its URL
+    // and a copy of its page (when the page can be copied); no children.
+    // Null without a current tree. The caller owns it.
+    CContextTree* CreateTreeCopy() const;
+
     // Writes the current value of the parameter named by value into result.
     virtual bool Parametrize(const MString& value, MString& result, bool isDataDriven) {
         return true;
     }
     // Stores value as the current value of the named parameter.
     virtual bool AssignToParameter(const MString& name, const MString& value) { return true; }
+    // Forgets the previous tree (without deleting it).
     virtual void Reset() { m_pPrevContextTree = nullptr; }
 
 private:
