@@ -391,3 +391,21 @@ TEST(ParserFrame, EveryFunctionCreatesAStepWhenTheCountIsRight) {
         EXPECT_NE(step, nullptr);
     }
 }
+
+TEST(ParserFrame, WithoutCreationAStepOfAnotherClassIsLeftUntouched) {
+    auto parser = Parser("web_link");
+    CWebStepSubmitData other;
+    parser->SetDataStep(&other);
+    ASSERT_TRUE(ParseArray(*parser, {"go", "Text=Next", "LAST"}, WPF_NONE));
+    EXPECT_EQ(parser->GetDataStep(), &other);
+}
+
+TEST(ParserFrame, CreationReplacesTheSlotWithoutDeletingTheCallersStep) {
+    auto parser = Parser("web_image");
+    CWebStepImage callers;
+    parser->SetDataStep(&callers);
+    ASSERT_TRUE(ParseArray(*parser, {"img", "Src=a.gif", "LAST"}, WPF_CREATE_STEP));
+    std::unique_ptr<CWebStepData> created(parser->GetDataStep());
+    EXPECT_NE(created.get(), &callers);
+    EXPECT_NE(dynamic_cast<CWebStepImage*>(created.get()), nullptr);
+}
