@@ -595,3 +595,24 @@ TEST(HTMLBaseParser, CallbackMayTakeTheAttributeListAndLeaveAnother) {
     EXPECT_STREQ((*taker.kept[1])[0]->name(), "id");
     EXPECT_STREQ((*taker.kept[2])[0]->value(), "3");
 }
+
+TEST(HTMLBaseParser, InputFedFromInsideACallbackIsScannedAfterThePiece) {
+    struct Feeder : TagCallback {
+        void onStartTag(HTMLTag tag, CHTMLAttrs*&) override {
+            events.push_back(CHTMLBaseParser::TagToString(tag));
+            if (tag == HTML_A) {
+                parser->continueParse("<b>", 3);
+            }
+        }
+        void onEndTag(HTMLTag) override {}
+        CHTMLBaseParser* parser = nullptr;
+        Strings events;
+    } feeder;
+    CHTMLBaseParser parser;
+    feeder.parser = &parser;
+    parser.registerTagCallback(HTML_ALL_TAGS, &feeder);
+    parser.startParse();
+    parser.continueParse("<a><i>", 6);
+    parser.stopParse();
+    EXPECT_EQ(feeder.events, (Strings{"a", "i", "b"}));
+}
