@@ -185,6 +185,7 @@ void CScriptLexer::LexLiteral(ScriptToken& token, char quote) {
             break;
         }
         if (c == '\\') {
+            token.escaped = true;
             if (size_t eol = LineEndLength(m_nPos + 1)) {
                 token.spliced = true;
                 m_nPos += 1 + eol;

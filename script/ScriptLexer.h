@@ -36,6 +36,7 @@ struct ScriptToken {
     bool unterminated = false;  // a literal with no closing quote on its line
     bool spliced = false;       // a literal holding a backslash-line-end splice
     bool holdsNul = false;      // a literal holding a NUL byte
+    bool escaped = false;       // a literal holding a backslash
 };
 
 enum class EScriptLexProblem {

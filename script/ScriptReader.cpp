@@ -1,5 +1,6 @@
 #include "webstep/script/ScriptReader.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <iterator>
@@ -114,6 +115,7 @@ public:
           m_Lexer(data, size, webstep::platform::GetProcessCodePage()) {}
 
     void Run();
+    unsigned int GetLineCount() const { return m_Lexer.GetLine(); }
 
 private:
     void AddDiagnostic(EScriptDiagnostic code, bool error, unsigned int line, unsigned int column,
@@ -143,6 +145,8 @@ private:
     // tells whether it was a function definition.
     static constexpr size_t kNone = static_cast<size_t>(-1);
     size_t m_nClosedAtTop = kNone;
+    // The open calls below this depth hold a lexical error.
+    size_t m_nBrokenDepth = 0;
     std::vector<ScriptLexProblem> m_Problems;
     MString m_Literal;
     MString m_Decoded;
@@ -193,8 +197,9 @@ void CReadPass::TakeLexProblems() {
         // only skipped, and a comment left open ends the calls with the text.
         if (code == EScriptDiagnostic::UnterminatedString ||
             code == EScriptDiagnostic::UnterminatedCharacter) {
-            for (size_t position : m_CallFrames)
-                m_OpenCalls[m_Frames[position].call].malformed = true;
+            // Every call open now is broken; marked by depth, not one by one,
+            // so that deep nesting stays linear.
+            m_nBrokenDepth = m_OpenCalls.size();
         }
     }
 }
@@ -237,12 +242,19 @@ void CReadPass::AddToArgument(const ScriptToken& token) {
     if (token.kind == EScriptTokenKind::String && a.allStrings) {
         // Each literal is decoded on its own, then appended, as C does with
         // adjacent literals.
-        CScriptLexer::GetLiteralText(m_pData, token, m_Literal);
-        CWebStepScript::SetTokenValue(m_Literal.c_str(), m_Decoded);
-        if (a.decoded.empty())
-            a.decoded.swap(m_Decoded);
-        else
-            a.decoded.append(m_Decoded);
+        if (!token.escaped && !token.holdsNul && !token.unterminated) {
+            // Without a backslash the decoding copies every byte (a lead byte
+            // with its trail byte too): the value is the text between the
+            // quotes, taken without a copy of the token.
+            a.decoded.append(m_pData + token.offset + 1, token.length - 2);
+        } else {
+            CScriptLexer::GetLiteralText(m_pData, token, m_Literal);
+            CWebStepScript::SetTokenValue(m_Literal.c_str(), m_Decoded);
+            if (a.decoded.empty())
+                a.decoded.swap(m_Decoded);
+            else
+                a.decoded.append(m_Decoded);
+        }
     } else {
         a.allStrings = false;
         a.decoded.clear();
@@ -301,7 +313,7 @@ void CReadPass::CloseTopFrame(const ScriptToken& closer) {
     if (top.call >= 0) {
         OpenCall& call = m_OpenCalls[top.call];
         FinishArgument(call, closer, true);
-        if (call.malformed) {
+        if (call.malformed || static_cast<size_t>(top.call) < m_nBrokenDepth) {
             const ScriptCall& record = m_Result.calls[call.record];
             AddDiagnostic(EScriptDiagnostic::MalformedCall, true, record.line, record.column,
                           &record, "call of " + record.function + " not read: its text is broken");
@@ -310,6 +322,7 @@ void CReadPass::CloseTopFrame(const ScriptToken& closer) {
         size_t record = call.record;
         m_OpenCalls.pop_back();
         m_CallFrames.pop_back();
+        m_nBrokenDepth = std::min(m_nBrokenDepth, m_OpenCalls.size());
         if (m_CallFrames.empty() && !m_Dropped[record])
             m_nClosedAtTop = record;
     }
@@ -329,6 +342,7 @@ void CReadPass::BreakFrames(size_t from, EScriptDiagnostic code, const ScriptTok
             m_Dropped[call.record] = 1;
             m_OpenCalls.pop_back();
             m_CallFrames.pop_back();
+            m_nBrokenDepth = std::min(m_nBrokenDepth, m_OpenCalls.size());
         }
         m_Frames.pop_back();
     }
@@ -493,11 +507,7 @@ bool CScriptReader::Read(const char* data, size_t size, ScriptReadResult& result
     // Lines: a text ending in a line end has no empty line after it.
     unsigned int lines = 0;
     if (size > bom) {
-        lines = 1;
-        for (size_t i = bom; i < size; ++i) {
-            if (data[i] == '\n' || (data[i] == '\r' && (i + 1 >= size || data[i + 1] != '\n')))
-                ++lines;
-        }
+        lines = pass.GetLineCount();
         if (data[size - 1] == '\n' || data[size - 1] == '\r')
             --lines;
     }

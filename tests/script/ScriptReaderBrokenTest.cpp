@@ -190,6 +190,32 @@ TEST_F(ScriptReaderBrokenTest, UnmatchedOpeningParenthesesOutsideCallsDoNotSwall
     EXPECT_EQ(r.GetErrorCount(), 3000u);
 }
 
+TEST_F(ScriptReaderBrokenTest, ManyBrokenLiteralsInsideDeeplyNestedCallsStayLinear) {
+    std::string text;
+    for (int i = 0; i < 30000; ++i)
+        text += "web_url(\n";
+    for (int i = 0; i < 30000; ++i)
+        text += "\"open\n";
+    text += ";web_url(\"z\", LAST);";
+    auto r = Read(text);
+    ASSERT_EQ(r.calls.size(), 1u);
+    EXPECT_EQ(r.calls[0].arguments[0].value, "z");
+    EXPECT_EQ(r.diagnostics.size(), 60000u);
+}
+
+TEST_F(ScriptReaderBrokenTest, BrokenLiteralInsideAnInnerCallDropsTheCallsAroundItOnly) {
+    auto r = Read(
+        "web_add_header(\"X\", web_get_int_property(\"a));\n"
+        "));\n"
+        "web_url(\"ok\", LAST);");
+    size_t dropped = 0;
+    for (const ScriptDiagnostic& d : r.diagnostics)
+        dropped += d.code == EScriptDiagnostic::MalformedCall ? 1 : 0;
+    EXPECT_EQ(dropped, 2u);
+    ASSERT_EQ(r.calls.size(), 1u);
+    EXPECT_EQ(r.calls[0].arguments[0].value, "ok");
+}
+
 TEST_F(ScriptReaderBrokenTest, MismatchedBracketIsIgnoredWithAWarning) {
     auto r = Read("web_url(\"a\", x[1), LAST);\nweb_url(\"b\", LAST);");
     EXPECT_NE(Find(r, EScriptDiagnostic::UnbalancedParenthesis), nullptr);
