@@ -1,6 +1,8 @@
 #include "webstep/platform/PrivateProfile.h"
 
 #include <gtest/gtest.h>
+
+#include <sys/wait.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -331,19 +333,41 @@ TEST(PrivateProfile, FailedWriteLeavesOldFileWholeAndNoTemporaryFile) {
     EXPECT_EQ(files, 1);
 }
 
+// Permissions do not bind the superuser, so as root the write is tried in a
+// child process that has given up its privileges.
 TEST(PrivateProfile, UnwritableDirectoryFailsWithAccessDenied) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "permissions do not bind the superuser";
-    }
     ScratchDir dir;
     const std::string sub = dir.File("locked");
     std::filesystem::create_directories(sub);
     const std::string path = sub + "/a.ini";
     ScratchDir::Write(path, "[s]\nk=1\n");
-    ASSERT_EQ(::chmod(sub.c_str(), 0500), 0);
-    wp::SetLastError(0);
-    EXPECT_FALSE(wp::WritePrivateProfileStringA("s", "k", "2", path.c_str()));
-    EXPECT_EQ(wp::GetLastError(), 5u);
+    ASSERT_EQ(::chmod(dir.path().c_str(), 0755), 0);
+    ASSERT_EQ(::chmod(path.c_str(), 0644), 0);
+    ASSERT_EQ(::chmod(sub.c_str(), 0555), 0);
+    auto attempt = [&]() -> int {
+        wp::SetLastError(0);
+        if (wp::WritePrivateProfileStringA("s", "k", "2", path.c_str()))
+            return 1;
+        return wp::GetLastError() == 5u ? 0 : 2;
+    };
+    int outcome = -1;
+    if (::geteuid() == 0) {
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            const uid_t nobody = 65534;
+            if (::setgid(nobody) != 0 || ::setuid(nobody) != 0)
+                ::_exit(3);
+            ::_exit(attempt());
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        ASSERT_TRUE(WIFEXITED(status));
+        outcome = WEXITSTATUS(status);
+    } else {
+        outcome = attempt();
+    }
+    EXPECT_EQ(outcome, 0) << "1: the write succeeded, 2: another error, 3: privileges kept";
     ::chmod(sub.c_str(), 0700);
     EXPECT_EQ(Contents(path), "[s]\nk=1\n");
 }
