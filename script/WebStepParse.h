@@ -13,9 +13,14 @@
 #include "webstep/script/ObjectRepository.h"
 #include "webstep/script/WebStepScript.h"
 #include "webstep/steps/WebStepBase.h"
+#include "webstep/steps/WebStepGlobalVerification.h"
+#include "webstep/steps/WebStepRegFind.h"
+#include "webstep/steps/WebStepRegSaveParam.h"
 
 class CDataSet;
 class CResourceElements;
+class CWebContextlessStep;
+class CWebStepCustomRequest;
 
 enum WebParserFlags : uint32_t {
     WPF_NONE = 0,
@@ -119,6 +124,52 @@ protected:
                                    int* terminatorIndex);
     bool BuildResourceDataSetFromFieldList(CResourceElements& resources, const char** terminators,
                                            int* terminatorIndex);
+
+    // Readers of the navigation and custom-request steps.
+    // Which of the three custom-request functions is parsed: it picks the
+    // step class that is built. Any other value builds the plain request.
+    enum ProtocolIdentifierType {
+        PROTOCOL_HTTP = 0,         // "web_custom_request"
+        PROTOCOL_FLEX = 1,         // "flex_web_request"
+        PROTOCOL_SILVERLIGHT = 2,  // "silverlight_web_request"
+    };
+    // Copies TargetFrame, RecContentType, Resource, Snapshot, Referer,
+    // UserAgent, Mode and ResourceByteLimit; false (1004) on a bad Resource.
+    bool GetContextlessAttributes(const CAttributeSet& attributes, CWebContextlessStep& step);
+    // The grammar shared by the three custom-request functions; step is the
+    // object to fill when the caller placed one (null otherwise).
+    bool ParseCustomRequestFunction(CWebStepCustomRequest* step, ProtocolIdentifierType protocol);
+    // Empty array (1009), step name, then the attribute run up to one of the
+    // terminators; the index of the terminator found (-1 when none).
+    bool ReadStepStart(CAttributeSet& attributes, const char** terminators, int* terminatorIndex,
+                       bool allowDuplicate);
+    // The resource items after "EXTRARES", up to "LAST"; a failure names the
+    // resource table as its context.
+    bool ReadExtraResources(CResourceElements& resources, int* terminatorIndex);
+
+    // Readers of the correlation, verification and service steps.
+    // Options written after a boundary name ("LB/IC/BIN"): each segment is a
+    // prefix of an option name, resolved in table order; 1002 ("text", the
+    // whole name) on an empty or unknown segment.
+    bool ParseParamBoundary(const MString& attributeName, RegSaveParamFlags& flags);
+    // The same grammar for a find text; the error carries the given label.
+    bool ParseFindText(const MString& label, const MString& attributeName, RegFindFlags& flags);
+    // The same grammar with "IC" and "BIN" only.
+    bool ParseGlobalVerificationText(const MString& label, const MString& attributeName,
+                                     GlobalVerificationFlags& flags);
+    // Frame, Expect, MatchCase, Repeat, onfailure and Report of a check step,
+    // starting from the defaults; false with 1003 or 1005 on a bad value.
+    bool GetCheckAttributes(const CAttributeSet& attributes, MString& frame, bool& expectFound,
+                            bool& matchCase, bool& repeat, bool& abortOnFailure,
+                            CWebCheckStep::ReportOption& report);
+    // "what"/"type" items closed by "ENDITEM" up to a terminator; records no
+    // error of its own.
+    bool BuildDataSetFromFindFields(CDataSet& dataSet, const char** terminators,
+                                    int* terminatorIndex);
+    // The reader shared by the pause and resume forms of the global
+    // verification: "ID=..." attributes up to "LAST", each adding one
+    // identifier to the step when there is one.
+    bool ReadGlobalVerificationIDs(CWebStepGlobalVerificationPauseResumeBase* step);
 
 private:
     bool Run(WebParserFlags flags);
