@@ -90,7 +90,9 @@ public:
     // changed) when old is not a child, or old or replacement is null.
     bool ReplaceChild(const CContextTree* old, CContextTree* replacement);
     // Every child: destroyed, or Delete() called when CanDelete() is false;
-    // then the children array is emptied.
+    // then the children array is emptied. A kept child is not touched after
+    // its Delete (which may destroy it): it still names this node as its
+    // parent until its owner re-homes it.
     void PurgeChildren();
 
     // Places a document, frame or resource under this node.

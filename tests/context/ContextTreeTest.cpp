@@ -588,3 +588,28 @@ TEST(ContextTreeCorpus, RecordedFramesetPageGivesItsFramesSlotsAndNames) {
     EXPECT_EQ(content->GetLevel(), 1u);
     EXPECT_EQ(content->GetTopContextTree(), top.get());
 }
+
+TEST(ContextTreeAddChild, NodeWithoutUrlStillMatchesAbsoluteLinks) {
+    std::unique_ptr<CContextTree> top(
+        NewPageNode(nullptr,
+                    "<frameset rows=*,*><frame src=relative.html>"
+                    "<frame src='http://cdn.example/abs.html'></frameset>"));
+    std::unique_ptr<CContextTree> relative(NewNode(nullptr));
+    EXPECT_FALSE(
+        top->AddChild(relative.get(), CURLParser("http://cdn.example/relative.html"), false));
+    CContextTree* absolute = NewNode(nullptr);
+    ASSERT_TRUE(top->AddChild(absolute, CURLParser("http://cdn.example/abs.html"), false));
+    // The relative link still counted as slot 0.
+    EXPECT_EQ(absolute->GetOrdinal(), 1u);
+}
+
+TEST(ContextTreeAddChild, HostCaseAndDefaultPortDoNotPreventAMatch) {
+    std::unique_ptr<CContextTree> top(
+        NewPageNode(kTop, "<iframe src='http://CDN.example:80/box.html'></iframe>"));
+    // The URL parser prints the host in lower case and leaves out a default
+    // port, so both spellings compare equal.
+    std::unique_ptr<CContextTree> other(NewNode(nullptr));
+    EXPECT_FALSE(top->AddChild(other.get(), CURLParser("http://cdn.example:8080/box.html"), false));
+    CContextTree* box = NewNode(nullptr);
+    EXPECT_TRUE(top->AddChild(box, CURLParser("http://cdn.example/box.html"), false));
+}
