@@ -24,8 +24,15 @@ public:
     static MString ExtractShortPath(const MString& commandLine);
 
 private:
-    // The program that opens web pages, from the classes registered for
-    // ".htm"; empty when none is registered.
+    // The program that opens web pages, found the way Linux desktops find
+    // it: the first entry of $BROWSER; else the desktop's default web
+    // browser by the XDG rules (the handler of "x-scheme-handler/http", then
+    // of "text/html", in the mimeapps.list files of $XDG_CONFIG_HOME,
+    // $XDG_CONFIG_DIRS and the applications folders, and the Exec line of
+    // that .desktop file in $XDG_DATA_HOME/applications or
+    // $XDG_DATA_DIRS/applications); else the command registered in the
+    // registry stand-in for the file type of ".htm" under the classes root.
+    // Empty when none of them names a program.
     static MString GetDefaultBrowserPath();
 
     MString m_path;

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <tuple>
+#include <vector>
 #include <unistd.h>
 
 using webstep::platform::HKEY_CLASSES_ROOT;
@@ -183,9 +185,91 @@ TEST(BrowserSettings, ProgramIsExtractedFromQuotedAndPlainCommandLines) {
     EXPECT_EQ(CBrowserSettings::ExtractShortPath("   "), "");
 }
 
-TEST_F(RegistryFile, DefaultBrowserComesFromTheClassesOfWebPages) {
+namespace {
+
+// Sets environment variables for the life of the object.
+class ScopedEnv {
+public:
+    void Set(const char* name, const std::string& value) {
+        Remember(name);
+        ::setenv(name, value.c_str(), 1);
+    }
+    void Unset(const char* name) {
+        Remember(name);
+        ::unsetenv(name);
+    }
+    ~ScopedEnv() {
+        for (auto& [name, value, had] : saved_) {
+            if (had) {
+                ::setenv(name.c_str(), value.c_str(), 1);
+            } else {
+                ::unsetenv(name.c_str());
+            }
+        }
+    }
+
+private:
+    void Remember(const char* name) {
+        const char* old = std::getenv(name);
+        saved_.push_back({name, old ? old : "", old != nullptr});
+    }
+    std::vector<std::tuple<std::string, std::string, bool>> saved_;
+};
+
+void WriteText(const std::filesystem::path& path, const std::string& text) {
+    std::filesystem::create_directories(path.parent_path());
+    FILE* f = std::fopen(path.c_str(), "w");
+    ASSERT_NE(f, nullptr);
+    std::fputs(text.c_str(), f);
+    std::fclose(f);
+}
+
+}  // namespace
+
+// The desktop's own settings are kept out by pointing every XDG folder into
+// the scratch folder.
+class DefaultBrowser : public RegistryFile {
+protected:
+    void SetUp() override {
+        RegistryFile::SetUp();
+        env_.Unset("BROWSER");
+        env_.Set("XDG_CONFIG_HOME", (dir_ / "config").string());
+        env_.Set("XDG_CONFIG_DIRS", (dir_ / "etc-xdg").string());
+        env_.Set("XDG_DATA_HOME", (dir_ / "data").string());
+        env_.Set("XDG_DATA_DIRS", (dir_ / "usr-share").string());
+    }
+    ScopedEnv env_;
+};
+
+TEST_F(DefaultBrowser, NothingConfiguredGivesAnEmptyPath) {
+    EXPECT_EQ(CBrowserSettings().GetPath(), "");
+}
+
+TEST_F(DefaultBrowser, BrowserVariableComesFirstAndItsFirstEntryWins) {
+    env_.Set("BROWSER", "/usr/bin/links -g:/usr/bin/lynx");
+    SetStringKeyData(".htm", "", HKEY_CLASSES_ROOT, "htmlfile");
+    SetStringKeyData("htmlfile\\shell\\open\\command", "", HKEY_CLASSES_ROOT, "/registered");
+    EXPECT_EQ(CBrowserSettings().GetPath(), "/usr/bin/links");
+}
+
+TEST_F(DefaultBrowser, DesktopDefaultHandlerOfHttpGivesItsExecProgram) {
+    WriteText(dir_ / "config/mimeapps.list",
+              "[Added Associations]\nx-scheme-handler/http=other.desktop;\n"
+              "[Default Applications]\nx-scheme-handler/http=web.desktop;other.desktop;\n");
+    WriteText(dir_ / "usr-share/applications/web.desktop",
+              "[Desktop Entry]\r\nName=Web\r\nExec=\"/opt/web browser/web\" %u\r\n"
+              "[Desktop Action new]\r\nExec=/wrong\r\n");
+    EXPECT_EQ(CBrowserSettings().GetPath(), "/opt/web browser/web");
+}
+
+TEST_F(DefaultBrowser, HtmlHandlerServesWhenNoSchemeHandlerIsSet) {
+    WriteText(dir_ / "etc-xdg/mimeapps.list", "[Default Applications]\ntext/html=page.desktop\n");
+    WriteText(dir_ / "data/applications/page.desktop", "[Desktop Entry]\nExec=pageview --new %f\n");
+    EXPECT_EQ(CBrowserSettings().GetPath(), "pageview");
+}
+
+TEST_F(DefaultBrowser, RegisteredCommandOfWebPagesIsTheLastResort) {
     CBrowserSettings settings;
-    EXPECT_EQ(settings.GetPath(), "") << "nothing registered for .htm";
     SetStringKeyData(".htm", "", HKEY_CLASSES_ROOT, "htmlfile");
     EXPECT_EQ(settings.GetPath(), "") << "no open command for the file type";
     SetStringKeyData("htmlfile\\shell\\open\\command", "", HKEY_CLASSES_ROOT,

@@ -1,5 +1,7 @@
 #include "webstep/settings/RunTimeSettings.h"
 
+#include "support/TestPaths.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -301,4 +303,57 @@ TEST_F(SettingsFile, OtherSectionsAndKeysOfTheFileAreKept) {
     EXPECT_NE(text.find("XlBridgeTimeout=120"), std::string::npos) << text;
     EXPECT_NE(text.find("CustomKey=7"), std::string::npos) << text;
     EXPECT_NE(text.find("KeepAlive=Yes"), std::string::npos) << text;
+}
+
+namespace {
+
+std::string ReadWhole(const std::filesystem::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+// The text before the "[WEB]" header and the text from the next section
+// header on.
+std::pair<std::string, std::string> OutsideWebSection(const std::string& text) {
+    size_t web = text.find("[WEB]");
+    size_t next = text.find("\r\n[", web);
+    return {text.substr(0, web), next == std::string::npos ? "" : text.substr(next)};
+}
+
+}  // namespace
+
+TEST_F(SettingsFile, RecordedSettingsFileIsReadWithItsQuotesSpacesAndProxy) {
+    std::filesystem::copy_file(webstep::test::SourceDir() / "tests/settings/data/recorded.cfg",
+                               path_, std::filesystem::copy_options::overwrite_existing);
+    CRunTimeSettings s;
+    s.ReadFromFile(path_);
+    EXPECT_EQ(s.GetHttpVer(), "1.1");
+    EXPECT_EQ(s.GetBrowserId(), "Netscape Navigator 4.5");
+    EXPECT_FALSE(s.GetKeepAlive()) << "spaces around the name and the value are trimmed";
+    EXPECT_EQ(s.GetCustomAgent(), "Mozilla/5.0 (X11; Linux x86_64)") << "quotes are taken off";
+    EXPECT_TRUE(s.GetProxyInfo().IsProxyEnabled());
+    EXPECT_EQ(s.GetProxyInfo().GetHTTPHost(), "proxy.example.net");
+    EXPECT_EQ(s.GetProxyInfo().GetHTTPPort(), 3128u);
+    EXPECT_TRUE(s.GetResetContext()) << "a key the file lacks keeps its default";
+}
+
+TEST_F(SettingsFile, SavingTheWebSectionLeavesEveryOtherByteOfARecordedFile) {
+    const auto sample = webstep::test::SourceDir() / "tests/settings/data/recorded.cfg";
+    std::filesystem::copy_file(sample, path_, std::filesystem::copy_options::overwrite_existing);
+    const std::string before = ReadWhole(sample);
+    CRunTimeSettings s;
+    s.ReadFromFile(path_);
+    s.SetKeepAlive(true);
+    s.SaveToFile(path_);
+    const std::string after = ReadFile();
+    EXPECT_EQ(OutsideWebSection(after), OutsideWebSection(before));
+    const std::string web = after.substr(after.find("[WEB]"));
+    EXPECT_NE(web.find("KeepAlive=Yes\r\n"), std::string::npos) << web;
+    EXPECT_NE(web.find("SearchParamLen=100\r\n"), std::string::npos) << "foreign keys stay";
+    EXPECT_NE(web.find("; a comment inside the section\r\n"), std::string::npos);
+    for (size_t at = after.find('\n'); at != std::string::npos; at = after.find('\n', at + 1)) {
+        ASSERT_EQ(after[at - 1], '\r') << "a bare line feed at byte " << at;
+    }
 }
