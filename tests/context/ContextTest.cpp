@@ -19,6 +19,12 @@ public:
     CContextTree* CreateObject() override { return new CTaggedTree(); }
 };
 
+// A node class that cannot make new nodes.
+class CBarrenTree : public CContextTree {
+public:
+    CContextTree* CreateObject() override { return nullptr; }
+};
+
 // A context that keeps one parameter.
 class COneParameterContext : public CContext {
 public:
@@ -195,4 +201,12 @@ TEST(ContextTreeCopy, BorrowedFacadeIsCopiedOverTheSameScanner) {
     EXPECT_NE(copy->GetTree(), tree.GetTree());
     EXPECT_EQ(CContextPage::PageLinkCount(copy->GetTree()), 3);  // cols and two frames
     EXPECT_EQ(CContextPage::PageLink(copy->GetTree(), 1), scanner.link(1));
+}
+
+TEST(ContextTreeCopy, NodeClassThatMakesNoNodeGivesNoCopy) {
+    CBarrenTree tree;
+    tree.SetTree(CContextPage::Scan(kFrames));
+    CContext context;
+    context.SetContextTree(&tree);
+    EXPECT_EQ(context.CreateTreeCopy(), nullptr);
 }
