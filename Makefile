@@ -1,12 +1,13 @@
 # Front door of the project: every target bootstraps what is missing first.
 BUILD_DIR      ?= build
 ASAN_BUILD_DIR ?= build-asan
+TSAN_BUILD_DIR ?= build-tsan
 BENCH_BUILD_DIR ?= build-bench
 JOBS           ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_FLAGS    ?=
 PREFIX         ?= /usr/local
 
-.PHONY: all bootstrap build build-asan demo test bench install clean format
+.PHONY: all bootstrap build build-asan build-tsan demo test bench install clean format
 
 all: build
 
@@ -22,13 +23,20 @@ build-asan: bootstrap
 	  -DWEBSTEP_BUILD_BENCH=OFF -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" $(CMAKE_FLAGS)
 	cmake --build $(ASAN_BUILD_DIR) -j $(JOBS)
 
+# Only the programs that hold concurrency tests are built with ThreadSanitizer.
+build-tsan: bootstrap
+	cmake -S . -B $(TSAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=Debug -DWEBSTEP_TSAN=ON \
+	  -DWEBSTEP_BUILD_BENCH=OFF -DWEBSTEP_BUILD_CLI=OFF -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" $(CMAKE_FLAGS)
+	cmake --build $(TSAN_BUILD_DIR) -j $(JOBS) --target test_context
+
 demo: build
 	@bash scripts/demo.sh $(BUILD_DIR)/cli/webstep
 
-test: build build-asan
+test: build build-asan build-tsan
 	cd $(BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 	cd $(ASAN_BUILD_DIR) && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 \
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
+	cd $(TSAN_BUILD_DIR) && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -L concurrency
 
 bench: bootstrap
 	cmake -S . -B $(BENCH_BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DWEBSTEP_BUILD_TESTS=OFF $(CMAKE_FLAGS)
@@ -42,4 +50,4 @@ format:
 	git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(BENCH_BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(ASAN_BUILD_DIR) $(TSAN_BUILD_DIR) $(BENCH_BUILD_DIR)
