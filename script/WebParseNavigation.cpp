@@ -331,18 +331,18 @@ bool CWebParseSubmitData::__ParseArguments() {
 
     CDataSet items;
     CResourceElements resources;
-    int found = terminator;
     bool atLast = terminator == DATA_LAST;
+    bool atExtraResources = terminator == DATA_EXTRARES;
     if (terminator == DATA_ITEMDATA) {
+        int found = -1;
         if (!BuildDataSetFromFieldList(items, ItemDataTerminators(), &found)) {
             AddErrorAttribute("context", "data table");
             return false;
         }
         atLast = found == ITEMS_LAST;
-        if (found == ITEMS_EXTRARES)
-            found = DATA_EXTRARES;
+        atExtraResources = found == ITEMS_EXTRARES;
     }
-    if (found == DATA_EXTRARES) {
+    if (atExtraResources) {
         int end = -1;
         if (!ReadExtraResources(resources, &end))
             return false;
