@@ -550,6 +550,10 @@ bool CScriptReader::IsRegisteredStepFunction(const MString& name) {
     return names.count(std::string_view(name)) != 0;
 }
 
+std::vector<MString> CScriptReader::GetStepFunctionNames() {
+    return std::vector<MString>(std::begin(kStepFunctions), std::end(kStepFunctions));
+}
+
 bool CScriptReader::IsMarker(const char* text, size_t length) {
     if (text == nullptr)
         return false;

@@ -148,6 +148,8 @@ public:
 
     // Whether the name is one of the step parser registry's function names.
     static bool IsRegisteredStepFunction(const MString& name);
+    // Those names, in registration order.
+    static std::vector<MString> GetStepFunctionNames();
     // Whether the bare identifier is one of the argument-list markers.
     static bool IsMarker(const char* text, size_t length);
     // "text"-like names of the kinds, for messages and JSON.
