@@ -10,6 +10,7 @@
 #include "webstep/forms/RequestBody.h"
 #include "webstep/forms/TextAreaField.h"
 #include "webstep/html/HTMLPage.h"
+#include "webstep/platform/Tick.h"
 
 namespace {
 
@@ -143,6 +144,21 @@ TEST(Form, MultipartBoundaryIsTwoDecimalNumbersFromTheTickCount) {
     EXPECT_EQ(body, "--" + boundary +
                         "\r\nContent-Disposition: form-data; name=\"a\"\r\n\r\n1\r\n--" + boundary +
                         "--\r\n");
+}
+
+TEST(Form, MultipartBoundaryIsSecondTickReadingFollowedByComplementOfFirst) {
+    auto p = Page("<form enctype=multipart/form-data>", "");
+    const unsigned before = webstep::platform::GetTickCount();
+    MString body, boundary;
+    p.form->GetSubmitArgs(body, boundary);
+    const unsigned after = webstep::platform::GetTickCount();
+    bool found = false;
+    for (unsigned first = before; first - before <= after - before && !found; ++first) {
+        for (unsigned second = first; second - first <= after - first && !found; ++second) {
+            found = boundary == std::to_string(second) + std::to_string(~first);
+        }
+    }
+    EXPECT_TRUE(found) << boundary;
 }
 
 TEST(Form, MultipartBodyReadsBackIntoTheSameItems) {
@@ -403,6 +419,28 @@ TEST(Form, GetDataSetBuildsItemsThatMakeTheSameBody) {
     CRequestBody::EliminateHiddens(data);
     CRequestBody::EliminateReadOnlyArgs(data);
     EXPECT_EQ(Describe(data), "a=1 2\nm=A\nm=B\ni.x=1\ni.y=2\n");
+}
+
+class MarkingForm : public CForm {
+public:
+    using CForm::CForm;
+    using CForm::ClearAllFields;
+    using CForm::UmarkAllFields;
+};
+
+TEST(Form, UmarkAllFieldsUnmarksFieldsAndRadioGroupsButKeepsValues) {
+    auto p = Page("<form>", "<input name=t value=v><input type=radio name=r value=a>");
+    MarkingForm form(nullptr, p.page->form(0), false, "");
+    auto set = Items({{"t", "x"}, {"r", "a"}});
+    ASSERT_TRUE(form.SetToDataSet(set.get()));
+    EXPECT_TRUE(form.GetFields().front()->IsMarked());
+    EXPECT_TRUE(form.GetRadioGroups().front()->IsMarked());
+    form.UmarkAllFields();
+    EXPECT_FALSE(form.GetFields().front()->IsMarked());
+    EXPECT_FALSE(form.GetRadioGroups().front()->IsMarked());
+    EXPECT_EQ(Body(form), "t=x&r=a");
+    form.ClearAllFields();
+    EXPECT_EQ(Body(form), "t=");
 }
 
 class AnnotatingPage : public CHTMLPage {
