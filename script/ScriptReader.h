@@ -14,8 +14,9 @@
 //   - another name starting with "web_" (an unknown function), or
 //   - one of the run-time calls qz_start_transaction, qz_end_transaction and
 //     qz_think_time,
-// and is not a member access (after "." or "->") nor a declaration (after a
-// type or other identifier; "return", "else", "do" and "case" excepted).
+// and is not a member access (after "." or "->"), a declaration (after a type
+// or other identifier on the same line; "return", "else", "do", "case" and
+// "sizeof" excepted) nor a function definition (the ")" followed by "{").
 // Calls nested in the arguments of other calls are found too; records come in
 // the order of their names in the text.
 //
