@@ -314,7 +314,13 @@ bool CForm::_CheckAgainstDataSet(CDataSet* const set, bool doSet) const {
         for (CFormField* f : fields.GetList()) {
             if (f->MakesMatch(item)) {
                 if (!doSet) {
-                    f->Mark(item->GetValue());
+                    // A list marks the option the item matched, which for a
+                    // regular expression is not found by its text.
+                    if (auto* list = dynamic_cast<CSelectField*>(f)) {
+                        list->MarkItem(item);
+                    } else {
+                        f->Mark(item->GetValue());
+                    }
                     placed = true;
                 } else {
                     placed = f->SetValue(item);
@@ -358,7 +364,11 @@ bool CForm::_CheckAgainstRecordedDataSet(CDataSet* const set, bool doSet) const 
         for (;;) {
             if (it != items.end() && f->MakesMatch(*it)) {
                 if (!doSet) {
-                    f->Mark((*it)->GetValue());
+                    if (auto* list = dynamic_cast<CSelectField*>(f)) {
+                        list->MarkItem(*it);
+                    } else {
+                        f->Mark((*it)->GetValue());
+                    }
                 } else if (!f->SetValue(*it)) {
                     return false;
                 }

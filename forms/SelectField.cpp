@@ -106,6 +106,14 @@ void CSelectField::Mark(MString value) {
     }
 }
 
+void CSelectField::MarkItem(const CData* item) {
+    marked = true;
+    const int i = item != nullptr ? FindOption(item) : -1;
+    if (i >= 0) {
+        options[static_cast<std::size_t>(i)].taken = true;
+    }
+}
+
 void CSelectField::Unmark() {
     marked = false;
     for (Option& o : options) {

@@ -32,6 +32,9 @@ public:
     bool MustBeSubmitted() const override { return false; }
     bool SingleValue() const override { return !multiple; }
     void Mark(MString value) override;
+    // Marks as Mark does, finding the option the way TryValue does (so a
+    // regular-expression item takes the option it matched).
+    void MarkItem(const CData* item);
     void Unmark() override;
     void RevertToDefault() override;
     void MakeEmpty() override;

@@ -286,6 +286,19 @@ TEST(Form, MultipleSelectTakesSeveralItems) {
     EXPECT_EQ(Body(*p.form), "m=A&m=C&t=x");
 }
 
+TEST(Form, RegexItemsTakeDistinctOptionsOfMultipleListWhenChecking) {
+    auto p =
+        Page("<form>", "<select name=m multiple><option>Alpha<option>Alpine<option>Beta</select>");
+    auto set = std::make_unique<CDataSet>();
+    set->AddData(Item("m", "al.*", CData::RT_LITERAL, CData::RT_REGEX));
+    set->AddData(Item("m", "al.*", CData::RT_LITERAL, CData::RT_REGEX));
+    EXPECT_TRUE(p.form->CheckAgainstDataSet(set.get()));
+    EXPECT_TRUE(p.form->CheckAgainstRecordedDataSet(set.get()));
+    set->AddData(Item("m", "al.*", CData::RT_LITERAL, CData::RT_REGEX));
+    EXPECT_FALSE(p.form->CheckAgainstDataSet(set.get()));
+    ASSERT_FALSE(p.form->SetToDataSet(set.get()));
+}
+
 TEST(Form, RegexItemsChooseFieldsByPattern) {
     auto p = Page("<form>", "<input name=user_17><input type=checkbox name=c value=abc>");
     auto set = std::make_unique<CDataSet>();
