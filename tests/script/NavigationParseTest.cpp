@@ -641,3 +641,44 @@ TEST(NavigationParse, SubmitDataRefillingAPlacedStepReplacesItsItems) {
     EXPECT_EQ(placed.GetAction(), "/b");
     EXPECT_EQ(Items(placed.GetDataSet()), std::vector<std::string>({"b="}));
 }
+
+TEST(NavigationParse, ImageRecordedCallWithResourcesFillsEveryField) {
+    Parsed p = Parse("web_image", {"Submit", "Src=/images/{Theme}/go.gif", "Alt=Go", "Ordinal=1",
+                                   "Snapshot=t15.inf", "EXTRARES", "Url=/images/{Theme}/hover.gif",
+                                   "Referer=http://{Host}/search", "ENDITEM", "LAST"});
+    ASSERT_TRUE(p.ok) << p.Error();
+    auto* step = p.As<CWebStepImage>();
+    ASSERT_NE(step, nullptr);
+    EXPECT_EQ(typeid(*step), typeid(CWebStepImage));
+    EXPECT_EQ(p.parser->GetWebStep().GetName(), "Submit");
+    EXPECT_EQ(step->GetSnapshot(), "t15.inf");
+    EXPECT_EQ(Attributes(step->GetAttributes()), "Src=/images/{Theme}/go.gif;Alt=Go;Ordinal=1;");
+    EXPECT_EQ(step->GetX(), "");
+    EXPECT_EQ(Urls(step->GetOutOfContextResources()),
+              std::vector<std::string>({"/images/{Theme}/hover.gif|http://{Host}/search"}));
+}
+
+TEST(NavigationParse, SubmitFormFromAStringListWithoutStepName) {
+    std::unique_ptr<CWebStepParse> parser(
+        static_cast<CWebStepParse*>(Repository().CreateObject("web_submit_form")));
+    std::list<MString> args = {"Snapshot=t5.inf", "ITEMDATA", "Name=q",
+                               "Value={Query}",   "ENDITEM",  "LAST"};
+    ASSERT_TRUE(parser->ParseArguments(args, WPF_CREATE_STEP | WPF_NO_STEP_NAME));
+    std::unique_ptr<CWebStepData> owned(parser->GetDataStep());
+    auto* step = dynamic_cast<CWebStepSubmitForm*>(owned.get());
+    ASSERT_NE(step, nullptr);
+    EXPECT_EQ(step->GetSnapshot(), "t5.inf");
+    EXPECT_EQ(Items(step->GetDataSet()), std::vector<std::string>({"q={Query}"}));
+    EXPECT_EQ(parser->GetWebStep().GetName(), "");
+}
+
+TEST(NavigationParse, LinkInVariableArgumentModeReadsUpToLast) {
+    std::unique_ptr<CWebStepParse> parser(
+        static_cast<CWebStepParse*>(Repository().CreateObject("web_link")));
+    ASSERT_TRUE(
+        parser->ParseArgumentList(WPF_CREATE_STEP, "Next", "Text=Next page", "Frame=main", "LAST"));
+    std::unique_ptr<CWebStepData> owned(parser->GetDataStep());
+    auto* step = dynamic_cast<CWebStepLink*>(owned.get());
+    ASSERT_NE(step, nullptr);
+    EXPECT_EQ(Attributes(step->GetAttributes()), "Text=Next page;Frame=main;");
+}
