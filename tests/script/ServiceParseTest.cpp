@@ -646,3 +646,29 @@ TEST(CertificateExParse, BadFormatOrIndexIsRefused) {
     EXPECT_EQ(ParseCall("web_set_certificate_ex", {"CertIndex=x", "LAST"}).error, "1006|text=x");
     EXPECT_EQ(Code(ParseCall("web_set_certificate_ex", {})), "1009");
 }
+
+// Awkward texts in every position and count: each call either parses with a
+// step or fails with a recorded error and no step, and never crashes.
+TEST(ServiceParse, AwkwardArgumentsNeverCrashAndAlwaysGiveAnOutcome) {
+    const std::vector<const char*> texts = {
+        "",        "=",    "/",     "LB/=", "Text//=x",    "ITEMDATA",
+        "ENDITEM", "LAST", "what=", "{}",   "qz_decrypt(", ":"};
+    int calls = 0;
+    for (const Case& c : Cases()) {
+        SCOPED_TRACE(c.function);
+        for (size_t count = 0; count <= 4; ++count) {
+            for (size_t seed = 0; seed < texts.size(); ++seed) {
+                std::vector<const char*> args;
+                for (size_t i = 0; i < count; ++i)
+                    args.push_back(texts[(seed + i * 5) % texts.size()]);
+                ParseOutcome o = ParseCall(c.function, args);
+                ++calls;
+                if (o.ok)
+                    EXPECT_NE(o.step, nullptr);
+                else
+                    EXPECT_NE(Code(o), "0");
+            }
+        }
+    }
+    EXPECT_EQ(calls, 40 * 5 * 12);
+}
