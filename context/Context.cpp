@@ -1,7 +1,7 @@
 #include "webstep/context/Context.h"
 
-#include "webstep/context/ContextPage.h"
 #include "webstep/context/ContextTree.h"
+#include "webstep/html/HTMLVParser.h"
 
 const CURLParser& CContext::GetUrl() const {
     static const CURLParser empty;
@@ -34,7 +34,9 @@ CContextTree* CContext::CreateTreeCopy() const {
     }
     copy->SetUrl(m_pContextTree->GetUrl());
     if (CHTMLVParser* page = m_pContextTree->GetTree()) {
-        copy->SetTree(CContextPage::ClonePage(page));
+        // The page's own copy; a page that cannot be copied leaves the copy
+        // without one.
+        copy->SetTree(page->clone());
     }
     return copy;
 }

@@ -1,8 +1,6 @@
 #include "webstep/context/ContextPage.h"
 
 #include <algorithm>
-#include <climits>
-#include <typeinfo>
 #include <utility>
 
 #include "webstep/html/HTMLScanner.h"
@@ -34,50 +32,6 @@ CContextPage* CContextPage::Scan(const char* text, std::size_t length, const Lin
     return new CContextPage(scanner, std::move(copy), table);
 }
 
-bool CContextPage::isEmpty() const {
-    return m_scanner->isEmpty();
-}
-
-CContextPage* CContextPage::Clone() const {
+CContextPage* CContextPage::clone() const {
     return Scan(m_text.data(), m_text.size(), m_table);
-}
-
-bool CContextPage::IsEmptyPage(const CHTMLVParser* page) {
-    if (const auto* own = dynamic_cast<const CContextPage*>(page)) {
-        return own->isEmpty();
-    }
-    // A borrowed facade cannot tell whether its scanner saw any input.
-    return dynamic_cast<const CHTMLPage*>(page) == nullptr;
-}
-
-bool CContextPage::PageIsFrameSet(const CHTMLVParser* page) {
-    const auto* facade = dynamic_cast<const CHTMLPage*>(page);
-    return facade != nullptr && facade->isFrameSet();
-}
-
-bool CContextPage::PageIsFrame(const CHTMLVParser* page) {
-    const auto* facade = dynamic_cast<const CHTMLPage*>(page);
-    return facade != nullptr && facade->isFrame();
-}
-
-int CContextPage::PageLinkCount(const CHTMLVParser* page) {
-    const auto* facade = dynamic_cast<const CHTMLPage*>(page);
-    return facade != nullptr ? facade->nLinks() : 0;
-}
-
-CHTMLLink* CContextPage::PageLink(const CHTMLVParser* page, int i) {
-    const auto* facade = dynamic_cast<const CHTMLPage*>(page);
-    return facade != nullptr ? facade->link(i) : nullptr;
-}
-
-CHTMLVParser* CContextPage::ClonePage(const CHTMLVParser* page) {
-    if (const auto* own = dynamic_cast<const CContextPage*>(page)) {
-        return own->Clone();
-    }
-    // Only an exact facade is copied field by field; a class derived from it
-    // might hold more than the copy would carry.
-    if (page != nullptr && typeid(*page) == typeid(CHTMLPage)) {
-        return new CHTMLPage(static_cast<const CHTMLPage&>(*page));
-    }
-    return nullptr;
 }

@@ -1,19 +1,13 @@
 #pragma once
-// A page that a context tree node can own outright, and the questions the
-// tree asks of whatever page a node holds.
+// A page that a context tree node can own outright.
 //
-// The nodes hold pages as CHTMLVParser pointers. The tree needs more than
-// that facade offers (whether anything was scanned, the links, the frame
-// flags, a copy), so it asks through the static helpers below, which
-// recognise two kinds of page:
-// - CContextPage: owns its scanner and the scanned text; it knows whether it
-//   is empty and copies itself by scanning the same text again.
-// - any other CHTMLPage (such as CHTMLScanner::CreateObject's facade, which
-//   borrows its scanner): links and frame flags come from the scanner; it is
-//   never taken for empty, and its copy is another facade over the same
-//   scanner.
-// A page of any other class has no links, counts as empty, answers false to
-// both frame questions and cannot be copied.
+// The facade that CHTMLScanner::CreateObject gives borrows its scanner, and
+// the scanner cannot be copied, so such a facade lives no longer than
+// whoever keeps the scanner, and its copy is bound to the same scanner. A
+// node that owns its page, and a tree copy that must outlive the tree it was
+// taken from, need a page that owns its scanner and the scanned text: this
+// class. It copies itself by scanning the same text again into a scanner of
+// its own. The tree itself only talks to the CHTMLVParser facade.
 #include <cstddef>
 
 #include "webstep/foundation/MString.h"
@@ -36,22 +30,11 @@ public:
     CContextPage& operator=(const CContextPage&) = delete;
     ~CContextPage() override;
 
-    // True when no byte was scanned.
-    bool isEmpty() const;
-    // A new page scanned from the same text with the same link table.
-    virtual CContextPage* Clone() const;
+    // A new page scanned from the same text with the same link table, with
+    // a scanner of its own.
+    CContextPage* clone() const override;
     const MString& text() const { return m_text; }
     CHTMLScanner* scanner() const { return m_scanner; }
-
-    // The helpers the context tree uses for any page (null: no page).
-    static bool IsEmptyPage(const CHTMLVParser* page);
-    static bool PageIsFrameSet(const CHTMLVParser* page);
-    static bool PageIsFrame(const CHTMLVParser* page);
-    static int PageLinkCount(const CHTMLVParser* page);
-    // Null when out of range.
-    static CHTMLLink* PageLink(const CHTMLVParser* page, int i);
-    // The page's own copy, or null when it cannot be copied.
-    static CHTMLVParser* ClonePage(const CHTMLVParser* page);
 
 private:
     CContextPage(CHTMLScanner* scanner, MString text, const LinkSpec* table);

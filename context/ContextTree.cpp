@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "webstep/context/ContextPage.h"
+#include "webstep/html/HTMLVParser.h"
 #include "webstep/html/HTMLLink.h"
 #include "webstep/platform/Registry.h"
 
@@ -67,11 +67,11 @@ bool CContextTree::UnlockTree() {
 }
 
 bool CContextTree::IsFrameSet() const {
-    return m_pTree == nullptr || CContextPage::PageIsFrameSet(m_pTree);
+    return m_pTree == nullptr || m_pTree->isFrameSet();
 }
 
 bool CContextTree::IsFrame() const {
-    return m_pTree == nullptr || CContextPage::PageIsFrame(m_pTree);
+    return m_pTree == nullptr || m_pTree->isFrame();
 }
 
 CContextTree* CContextTree::GetTopContextTree() {
@@ -119,15 +119,15 @@ bool CContextTree::AddChild(CContextTree* child, const CURLParser& url, bool any
         std::find(m_Children.begin(), m_Children.end(), child) != m_Children.end()) {
         return false;
     }
-    if (m_pTree != nullptr && !CContextPage::IsEmptyPage(m_pTree)) {
+    if (m_pTree != nullptr && !m_pTree->isEmpty()) {
         const MString wanted = UrlKey(url);
         if (wanted.empty()) {
             return false;
         }
         std::size_t slot = 0;
-        const int count = CContextPage::PageLinkCount(m_pTree);
+        const int count = m_pTree->nLinks();
         for (int i = 0; i < count; ++i) {
-            const CHTMLLink* link = CContextPage::PageLink(m_pTree, i);
+            const CHTMLLink* link = m_pTree->link(i);
             if (link == nullptr || !link->isResource() || !(link->isFollowable() || anyResource)) {
                 continue;
             }

@@ -32,7 +32,9 @@ public:
     const CURLParser& GetUrl() const { return m_Url; }
     void SetUrl(const CURLParser& url) { m_Url = url; }
 
-    // The page, owned by the node; null when the node has none.
+    // The page, owned by the node; null when the node has none. The tree
+    // asks it only through the page facade (isEmpty, nLinks/link,
+    // isFrameSet, isFrame, clone).
     CHTMLVParser* GetTree() const { return m_pTree; }
     // Destroys the old page (unless it is the new one), purges the children,
     // then keeps page.
@@ -77,7 +79,9 @@ public:
     // A new, empty node of the same class.
     virtual CContextTree* CreateObject() { return new CContextTree(); }
 
-    // The page's answers; a node without a page answers true to both.
+    // The page's answers; a node without a page answers true to both. A
+    // page scanned to its end answers IsFrameSet() false once its framesets
+    // are closed again, while IsFrame() stays true when it had frames.
     bool IsFrameSet() const;
     bool IsFrame() const;
 

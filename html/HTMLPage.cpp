@@ -1,5 +1,7 @@
 #include "webstep/html/HTMLPage.h"
 
+#include <typeinfo>
+
 #include "webstep/html/HTMLScanner.h"
 
 CHTMLPage::~CHTMLPage() = default;
@@ -30,4 +32,13 @@ bool CHTMLPage::isFrameSet() const {
 }
 bool CHTMLPage::isFrame() const {
     return m_scanner != nullptr && m_scanner->isFrame();
+}
+bool CHTMLPage::isEmpty() const {
+    return m_scanner == nullptr || m_scanner->isEmpty();
+}
+CHTMLVParser* CHTMLPage::clone() const {
+    if (typeid(*this) != typeid(CHTMLPage)) {
+        return nullptr;
+    }
+    return new CHTMLPage(m_scanner);
 }

@@ -1,6 +1,8 @@
 #pragma once
-// The page facade over a scanned page. The model is flat: root, siblings
-// and per-object data answer null or do nothing.
+// The page facade over a scanner's results (what CHTMLScanner::CreateObject
+// gives). It borrows the scanner: the scanner must outlive the facade and
+// every copy of it. The model is flat: root, siblings and per-object data
+// keep the facade's defaults (null, nothing kept).
 #include "webstep/html/HTMLForm.h"
 #include "webstep/html/HTMLLink.h"
 #include "webstep/html/HTMLVParser.h"
@@ -9,30 +11,28 @@ class CHTMLScanner;
 
 class CHTMLPage : public CHTMLVParser {
 public:
-    enum Sibling { SIBLING_FIRST = 0, SIBLING_PREVIOUS = 1, SIBLING_NEXT = 2, SIBLING_LAST = 3 };
-
-    // The scanner is not owned and must outlive the facade.
+    // The scanner is not owned; null gives a page with nothing in it.
     explicit CHTMLPage(const CHTMLScanner* scanner) : m_scanner(scanner) {}
     ~CHTMLPage() override;
 
-    virtual CHTMLObject* root() { return nullptr; }
-    virtual CHTMLObject* getSibling(CHTMLObject*, Sibling) { return nullptr; }
-    virtual void* getData(CHTMLObject*) { return nullptr; }
-    virtual void setData(CHTMLObject*, void*) {}
+    int nMaps() const override;
+    CHTMLMap* map(int i) const override;
+    int nForms() const override;
+    CHTMLForm* form(int i) const override;
+    int nLinks() const override;
+    CHTMLLink* link(int i) const override;
+    const char* title() const override;
+    bool isFrameSet() const override;
+    bool isFrame() const override;
+    // The scanner's answer: true from its startParse until the first
+    // non-empty piece (and for a facade without scanner).
+    bool isEmpty() const override;
+    // Another facade over the same scanner. Only this exact class is copied
+    // that way: a derived class may hold more than the copy would carry, so
+    // unless it overrides clone() it cannot be copied (null).
+    CHTMLVParser* clone() const override;
 
-    virtual int nMaps() const;
-    // Null when out of range.
-    virtual CHTMLMap* map(int i) const;
-
-    // The rest of the scanner's results, for callers that only hold the
-    // facade.
-    int nForms() const;
-    CHTMLForm* form(int i) const;
-    int nLinks() const;
-    CHTMLLink* link(int i) const;
-    const char* title() const;
-    bool isFrameSet() const;
-    bool isFrame() const;
+    const CHTMLScanner* scanner() const { return m_scanner; }
 
 private:
     const CHTMLScanner* m_scanner;

@@ -1,5 +1,6 @@
 #include "webstep/html/HTMLVParser.h"
 
+// Pure only to keep the facade abstract; subclasses still run this body.
 CHTMLVParser::~CHTMLVParser() = default;
 
 // The two frameset rows are deliberately neither resources nor followable.

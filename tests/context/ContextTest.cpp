@@ -145,8 +145,7 @@ TEST(ContextTreeCopy, TreeWithFramesYieldsOneNodeWithoutChildren) {
     // The page is a copy of its own, with the same links.
     ASSERT_NE(copy->GetTree(), nullptr);
     EXPECT_NE(copy->GetTree(), top->GetTree());
-    EXPECT_EQ(CContextPage::PageLinkCount(copy->GetTree()),
-              CContextPage::PageLinkCount(top->GetTree()));
+    EXPECT_EQ(copy->GetTree()->nLinks(), top->GetTree()->nLinks());
     EXPECT_TRUE(copy->IsFrame());
     // The original is untouched.
     EXPECT_EQ(top->GetChildrenArray().size(), 2u);
@@ -161,7 +160,7 @@ TEST(ContextTreeCopy, CopyOutlivesTheOriginalPage) {
     std::unique_ptr<CContextTree> copy(context.CreateTreeCopy());
     top.reset();
     ASSERT_NE(copy->GetTree(), nullptr);
-    EXPECT_EQ(CContextPage::PageLinkCount(copy->GetTree()), 3);  // cols and two frames
+    EXPECT_EQ(copy->GetTree()->nLinks(), 3);  // cols and two frames
 }
 
 TEST(ContextTreeCopy, NodeWithoutPageCopiesWithoutPage) {
@@ -199,8 +198,8 @@ TEST(ContextTreeCopy, BorrowedFacadeIsCopiedOverTheSameScanner) {
     std::unique_ptr<CContextTree> copy(context.CreateTreeCopy());
     ASSERT_NE(copy->GetTree(), nullptr);
     EXPECT_NE(copy->GetTree(), tree.GetTree());
-    EXPECT_EQ(CContextPage::PageLinkCount(copy->GetTree()), 3);  // cols and two frames
-    EXPECT_EQ(CContextPage::PageLink(copy->GetTree(), 1), scanner.link(1));
+    EXPECT_EQ(copy->GetTree()->nLinks(), 3);  // cols and two frames
+    EXPECT_EQ(copy->GetTree()->link(1), scanner.link(1));
 }
 
 TEST(ContextTreeCopy, NodeClassThatMakesNoNodeGivesNoCopy) {

@@ -86,7 +86,7 @@ TEST(ContextTreePage, SetTreeDestroysOldPageAndPurgesChildren) {
     CHTMLVParser* page = top->GetTree();
     top->SetTree(page);
     EXPECT_EQ(top->GetTree(), page);
-    EXPECT_EQ(CContextPage::PageLinkCount(page), 3);  // frameset cols and two frames
+    EXPECT_EQ(page->nLinks(), 3);  // frameset cols and two frames
 }
 
 TEST(ContextTreePage, RemoveTreeLeavesNoPageAndNoChildren) {
@@ -142,7 +142,7 @@ TEST(ContextTreeAddChild, EmptyPageAppendsLikeNoPage) {
     top.SetUrl(CURLParser(kTop));
     top.SetTree(CContextPage::Scan(""));
     ASSERT_NE(top.GetTree(), nullptr);
-    EXPECT_TRUE(CContextPage::IsEmptyPage(top.GetTree()));
+    EXPECT_TRUE(top.GetTree()->isEmpty());
     CContextTree* child = NewNode("http://elsewhere.example/a.css");
     ASSERT_TRUE(top.AddChild(child, child->GetUrl(), false));
     EXPECT_EQ(child->GetOrdinal(), 1u);

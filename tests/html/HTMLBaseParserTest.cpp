@@ -148,6 +148,14 @@ TEST(HTMLBaseParser, ScriptContentIsCommentText) {
     EXPECT_EQ(Parse("<script>if (a<b) x='<form>';</script>"), (Strings{"<script>", "</script>"}));
 }
 
+// Inside a script the token engine still reads tags and quoted values; a
+// quoted value that starts in the script swallows its end tag, so the held
+// back delivery goes on until the next end tag of a script.
+TEST(HTMLBaseParser, QuotedValueStartedInScriptTextSwallowsTheScriptEnd) {
+    EXPECT_EQ(Parse("<script>if(0<n)s='it\\'s';</script><b>x</b>'<i>y</i><script></script>z"),
+              (Strings{"<script>", "</script>", "text:z"}));
+}
+
 TEST(HTMLBaseParser, NoframesAndNoscriptContentIsCommentTextToo) {
     EXPECT_EQ(Parse("<noframes><a href=x>t</a></noframes><NOSCRIPT><img src=y>&amp;</NOSCRIPT>z"),
               (Strings{"<noframes>", "</noframes>", "<noscript>", "</noscript>", "text:z"}));

@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <string>
 
 #include "HTMLScannerTestSupport.h"
@@ -415,6 +416,34 @@ TEST(HTMLScannerLinkTest, LinksInsideScriptTextAreNotSeen) {
     EXPECT_STREQ(s->link(0)->url(), "y");
 }
 
+// Script content is not raw text for the token engine: it has no condition
+// of its own for it and cuts script text into tags, names and quoted values
+// like any other text; only the delivery of what it finds is held back until
+// the end tag of the script. So "0<n" opens a tag inside the script, and in
+// that tag a quote that the script escapes ('it\'s') leaves the last quote
+// open: the quoted value runs past "</script>" up to the next single quote
+// in the page. That end tag is never seen, the delivery stays held back, and
+// the form and links behind the script are lost until a later script ends.
+// (A browser reads script content as raw text and would find them.)
+TEST(HTMLScannerLinkTest, QuoteOpenedInsideScriptTextRunsPastTheScriptEnd) {
+    auto s = ScanPage(
+        "<script>if(0<n)s='it\\'s';</script><form action=f><input name=q></form>"
+        "<a href=l>x</a>'<a href=m>m</a><script>t=1</script><a href=z>z</a>");
+    EXPECT_EQ(s->nForms(), 0);
+    ASSERT_EQ(s->nLinks(), 1);
+    EXPECT_STREQ(s->link(0)->url(), "z");
+}
+
+TEST(HTMLScannerLinkTest, ScriptTextWithBalancedQuotesHidesNothingBehindIt) {
+    auto s = ScanPage(
+        "<script>if(0<n)s='its';</script><form action=f><input name=q></form>"
+        "<a href=l>x</a>");
+    EXPECT_EQ(s->nForms(), 1);
+    ASSERT_EQ(s->nLinks(), 2);
+    EXPECT_STREQ(s->link(0)->url(), "f");
+    EXPECT_STREQ(s->link(1)->url(), "l");
+}
+
 TEST(HTMLScannerLinkTest, LinksKnowTheBaseElementInForce) {
     auto s = ScanPage(
         "<a href=1></a><base href=http://h/a/ target=t><a href=2></a>"
@@ -467,6 +496,96 @@ TEST(HTMLScannerMapTest, FacadeGivesTheMaps) {
     EXPECT_STREQ(page->title(), "t");
     CHTMLVParser* base = page.get();
     EXPECT_NE(base, nullptr);
+}
+
+namespace {
+// A scanner's facade with a field of its own that a plain copy would lose.
+class CNotedFacade : public CHTMLPage {
+public:
+    using CHTMLPage::CHTMLPage;
+    int note = 1;
+};
+}  // namespace
+
+TEST(HTMLScannerFacadeTest, AnswersEveryPageQuestionThroughTheBaseClass) {
+    auto s = ScanPage(
+        "<title>T</title><form action=f><input name=a></form><a href=x>x</a>"
+        "<map name=m><area href=y></map><frame src=z>");
+    std::unique_ptr<CHTMLPage> owned(s->CreateObject());
+    const CHTMLVParser& page = *owned;
+    EXPECT_FALSE(page.isEmpty());
+    EXPECT_STREQ(page.title(), "T");
+    ASSERT_EQ(page.nForms(), 1);
+    EXPECT_EQ(page.form(0), s->form(0));
+    EXPECT_EQ(page.form(1), nullptr);
+    EXPECT_EQ(page.form(-1), nullptr);
+    ASSERT_EQ(page.nLinks(), s->nLinks());
+    EXPECT_EQ(page.link(0), s->link(0));
+    EXPECT_EQ(page.link(page.nLinks()), nullptr);
+    EXPECT_EQ(page.nMaps(), 1);
+    EXPECT_EQ(page.map(0), s->map(0));
+    EXPECT_TRUE(page.isFrame());
+    EXPECT_FALSE(page.isFrameSet());
+}
+
+TEST(HTMLScannerFacadeTest, FollowsTheScannerThroughARescan) {
+    CHTMLScanner s;
+    std::unique_ptr<CHTMLPage> page(s.CreateObject());
+    EXPECT_TRUE(page->isEmpty());
+    EXPECT_EQ(page->nLinks(), 0);
+    s.startParse();
+    EXPECT_TRUE(page->isEmpty());
+    s.continueParse("<frameset><frame src=a>", 23);
+    EXPECT_FALSE(page->isEmpty());
+    EXPECT_TRUE(page->isFrameSet());
+    s.endParse();
+    EXPECT_EQ(page->nLinks(), 1);
+}
+
+TEST(HTMLScannerFacadeTest, FacadeWithoutScannerIsEmptyAndHasNothing) {
+    CHTMLPage page(nullptr);
+    EXPECT_TRUE(page.isEmpty());
+    EXPECT_EQ(page.nForms(), 0);
+    EXPECT_EQ(page.nLinks(), 0);
+    EXPECT_EQ(page.title(), nullptr);
+    EXPECT_FALSE(page.isFrame());
+    EXPECT_FALSE(page.isFrameSet());
+}
+
+TEST(HTMLScannerFacadeTest, CopyIsAnotherFacadeOverTheSameScanner) {
+    auto s = ScanPage("<a href=x>x</a>");
+    std::unique_ptr<CHTMLPage> page(s->CreateObject());
+    std::unique_ptr<CHTMLVParser> copy(page->clone());
+    ASSERT_NE(copy, nullptr);
+    EXPECT_NE(copy.get(), page.get());
+    page.reset();
+    ASSERT_EQ(copy->nLinks(), 1);
+    EXPECT_EQ(copy->link(0), s->link(0));
+}
+
+TEST(HTMLScannerFacadeTest, DerivedFacadeWithoutItsOwnCopyCannotBeCopied) {
+    auto s = ScanPage("<a href=x>x</a>");
+    CNotedFacade page(s.get());
+    EXPECT_EQ(page.nLinks(), 1);
+    EXPECT_EQ(page.clone(), nullptr);
+}
+
+// A frameset opened and closed again leaves the depth at 0, and the flag is
+// the depth: a completely scanned, well-formed frameset page is no frameset
+// any more, while its frames are still reported. Only a frameset left open
+// at the end of the page stays one.
+TEST(HTMLScannerFacadeTest, CompletelyScannedFramesetPageIsNoLongerAFrameSet) {
+    auto closed = ScanPage(
+        "<html><frameset cols='50%,*'><frame src=a.htm><frame src=b.htm>"
+        "</frameset></html>");
+    std::unique_ptr<CHTMLPage> page(closed->CreateObject());
+    EXPECT_FALSE(page->isFrameSet());
+    EXPECT_TRUE(page->isFrame());
+    EXPECT_EQ(closed->impl()->framesetDepth(), 0);
+    auto nested = ScanPage("<frameset><frameset><frame src=a></frameset></frameset>");
+    EXPECT_FALSE(nested->isFrameSet());
+    auto open = ScanPage("<frameset><frameset><frame src=a></frameset>");
+    EXPECT_TRUE(open->isFrameSet());
 }
 
 // ------------------------------------------------------------------ frames and title
