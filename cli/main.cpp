@@ -1,4 +1,6 @@
 #include "EscapeCommand.h"
+#include "LintCommand.h"
+#include "StepsCommand.h"
 #include "UrlCommand.h"
 
 #include "webstep/webstep.h"
@@ -14,6 +16,20 @@ int main(int argc, char** argv) {
     int exitCode = 0;
     webstep::cli::AddEscapeCommands(app, &exitCode);
     webstep::cli::AddUrlCommand(app, &exitCode);
-    CLI11_PARSE(app, argc, argv);
+    webstep::cli::AddLintCommand(app, &exitCode);
+    webstep::cli::AddStepsCommand(app, &exitCode);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForAllHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::CallForVersion& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        // Usage errors exit with 2, as the script commands promise.
+        app.exit(e);
+        return 2;
+    }
     return exitCode;
 }

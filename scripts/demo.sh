@@ -22,3 +22,11 @@ else
   echo "round trip: DIFFERENT" >&2
   exit 1
 fi
+
+example=examples/library-loans
+echo
+echo "== lint $example (every step call through the parsers):"
+"$tool" lint --lang en "$example"
+echo
+echo "== steps of $example (the step objects the parsers build, in script order):"
+"$tool" steps "$example/init.c" "$example/loans.c" "$example/end.c"

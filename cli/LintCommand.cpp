@@ -1,0 +1,258 @@
+#include "LintCommand.h"
+
+#include "ScriptCheck.h"
+
+#include "webstep/resources/StringTable.h"
+#include "webstep/steps/WebStepError.h"
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace webstep::cli {
+namespace {
+
+struct LintOptions {
+    std::vector<std::string> paths;
+    bool json = false;
+    std::string lang = "zh";
+};
+
+// One reported problem. Severity "error" is a step the parser refused;
+// "warning" is a reader diagnostic or an unknown web_ function; "note" says
+// that an argument was not a literal and went to the parser as source text.
+struct Finding {
+    std::string file;
+    unsigned int line = 0;
+    unsigned int column = 0;
+    std::string severity;
+    std::string code;
+    std::string message;
+    // The message for JSON, which is UTF-8 whatever the process code page.
+    std::string jsonMessage;
+    std::string function;
+    std::vector<std::pair<MString, MString>> labels;
+};
+
+// Long values (a body of many kilobytes) are cut in the one-line form.
+constexpr size_t kLabelLimit = 160;
+
+std::string ErrorMessage(unsigned int code, bool english) {
+    if (english) {
+        const char* text = CWebStepErrMsg::GetEnglishMessage(code);
+        return text ? text : "unknown error code";
+    }
+    char buffer[512];
+    if (CWebStepErrMsg::GetMessageString(code, buffer, sizeof buffer))
+        return buffer;
+    return "unknown error code";
+}
+
+std::string FormatLine(const Finding& finding) {
+    std::string line = finding.file + ":" + std::to_string(finding.line) + ":" +
+                       std::to_string(finding.column) + ": " + finding.severity + " " +
+                       finding.code + ": " + finding.message;
+    if (!finding.labels.empty()) {
+        line += " [";
+        bool first = true;
+        for (const auto& [label, value] : finding.labels) {
+            if (!first)
+                line += ' ';
+            first = false;
+            line += label + "=" + DisplayText(value, kLabelLimit);
+        }
+        line += ']';
+    }
+    return line;
+}
+
+OrderedJson FindingJson(const Finding& finding) {
+    OrderedJson labels = OrderedJson::array();
+    for (const auto& [label, value] : finding.labels)
+        labels.push_back(OrderedJson{{"label", label}, {"value", JsonText(value)}});
+    return OrderedJson{{"file", finding.file},
+                       {"line", finding.line},
+                       {"column", finding.column},
+                       {"severity", finding.severity},
+                       {"code", finding.code},
+                       {"message", finding.jsonMessage.empty() ? JsonText(finding.message)
+                                                               : OrderedJson(finding.jsonMessage)},
+                       {"function", finding.function},
+                       {"labels", labels}};
+}
+
+void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& runner, bool english,
+               std::vector<Finding>& findings, size_t& calls) {
+    if (call.kind == EScriptCallKind::UnknownFunction) {
+        findings.push_back({file,
+                            call.line,
+                            call.column,
+                            "warning",
+                            "unknown-function",
+                            "unknown function " + call.function + ", not checked",
+                            "",
+                            call.function,
+                            {}});
+        return;
+    }
+    if (call.kind != EScriptCallKind::Step)
+        return;
+    ++calls;
+    for (size_t i = 0; i < call.arguments.size(); ++i) {
+        const ScriptArgument& argument = call.arguments[i];
+        if (!argument.IsOpaque())
+            continue;
+        findings.push_back(
+            {file,
+             argument.line,
+             argument.column,
+             "note",
+             "not-a-literal",
+             "argument " + std::to_string(i) + " is not a literal; checked as its source text",
+             "",
+             call.function,
+             {{"text", argument.value}}});
+    }
+    ParsedStep parsed = runner.Parse(call);
+    if (!parsed.known) {
+        // A name the reader took for a step but the repository does not know.
+        findings.push_back({file,
+                            call.line,
+                            call.column,
+                            "warning",
+                            "unknown-function",
+                            "unknown function " + call.function + ", not checked",
+                            "",
+                            call.function,
+                            {}});
+        return;
+    }
+    if (parsed.ok)
+        return;
+    Finding finding{file,
+                    call.line,
+                    call.column,
+                    "error",
+                    std::to_string(parsed.errorCode),
+                    ErrorMessage(parsed.errorCode, english),
+                    "",
+                    call.function,
+                    parsed.errorAttributes};
+    if (!english) {
+        const char* utf8 =
+            resources::FindStringUtf8(CWebStepErrMsg::GetMessageStringID(parsed.errorCode));
+        finding.jsonMessage = utf8 ? utf8 : "unknown error code";
+    }
+    // Point at the offending argument when the error names it.
+    const int index = ErrorArgumentIndex(parsed);
+    if (index >= 0 && static_cast<size_t>(index) < call.arguments.size()) {
+        finding.line = call.arguments[index].line;
+        finding.column = call.arguments[index].column;
+    }
+    findings.push_back(std::move(finding));
+}
+
+int RunLint(const LintOptions& options) {
+    const bool english = options.lang == "en";
+    std::vector<std::string> files;
+    std::vector<std::string> problems;
+    CollectActionFiles(options.paths, files, problems);
+
+    CScriptReader reader;
+    CStepRunner runner;
+    std::vector<Finding> findings;
+    size_t calls = 0;
+    size_t filesRead = 0;
+    ScriptReadResult result;
+    for (const std::string& file : files) {
+        if (!reader.ReadFile(file.c_str(), result)) {
+            problems.push_back("cannot read \"" + file + "\"");
+            continue;
+        }
+        ++filesRead;
+        std::vector<Finding> local;
+        for (const ScriptDiagnostic& diagnostic : result.diagnostics) {
+            Finding finding{file,
+                            diagnostic.line,
+                            diagnostic.column,
+                            "warning",
+                            CScriptReader::GetDiagnosticName(diagnostic.code),
+                            diagnostic.message,
+                            "",
+                            diagnostic.function,
+                            {}};
+            if (!diagnostic.function.empty())
+                finding.labels.emplace_back("call", diagnostic.function + " at " +
+                                                        std::to_string(diagnostic.callLine) + ":" +
+                                                        std::to_string(diagnostic.callColumn));
+            local.push_back(std::move(finding));
+        }
+        for (const ScriptCall& call : result.calls)
+            CheckCall(file, call, runner, english, local, calls);
+        std::stable_sort(local.begin(), local.end(), [](const Finding& a, const Finding& b) {
+            return a.line != b.line ? a.line < b.line : a.column < b.column;
+        });
+        findings.insert(findings.end(), local.begin(), local.end());
+    }
+
+    size_t errors = 0, warnings = 0, notes = 0;
+    for (const Finding& finding : findings) {
+        if (finding.severity == "error")
+            ++errors;
+        else if (finding.severity == "warning")
+            ++warnings;
+        else
+            ++notes;
+    }
+    for (const std::string& problem : problems)
+        std::cerr << "webstep lint: " << problem << '\n';
+
+    if (options.json) {
+        OrderedJson out;
+        OrderedJson list = OrderedJson::array();
+        for (const Finding& finding : findings)
+            list.push_back(FindingJson(finding));
+        out["diagnostics"] = list;
+        out["io_errors"] = problems;
+        out["summary"] = OrderedJson{{"files", filesRead},
+                                     {"calls", calls},
+                                     {"errors", errors},
+                                     {"warnings", warnings},
+                                     {"notes", notes}};
+        std::cout << DumpJson(out) << '\n';
+    } else {
+        for (const Finding& finding : findings)
+            std::cout << FormatLine(finding) << '\n';
+        std::cout << filesRead << (filesRead == 1 ? " file, " : " files, ") << calls
+                  << (calls == 1 ? " call: " : " calls: ") << errors
+                  << (errors == 1 ? " error, " : " errors, ") << warnings
+                  << (warnings == 1 ? " warning, " : " warnings, ") << notes
+                  << (notes == 1 ? " note" : " notes") << '\n';
+    }
+    std::cout.flush();
+    if (!problems.empty())
+        return 2;
+    return errors != 0 ? 1 : 0;
+}
+
+}  // namespace
+
+void AddLintCommand(CLI::App& app, int* exitCode) {
+    auto options = std::make_shared<LintOptions>();
+    CLI::App* lint = app.add_subcommand(
+        "lint",
+        "Parse every step call of action files (folders: every .c file below them) and report "
+        "each problem as file:line:column: error|warning|note CODE: MESSAGE [label=value ...]; "
+        "exit status 0 when clean, 1 when errors were found, 2 on usage or I/O errors");
+    lint->add_option("paths", options->paths, "Action files or script folders")->required();
+    lint->add_flag("--json", options->json, "Print the findings and the summary as JSON");
+    lint->add_option("--lang", options->lang,
+                     "Language of the error messages: zh (the message table, in the process code "
+                     "page) or en")
+        ->check(CLI::IsMember({"zh", "en"}));
+    lint->callback([options, exitCode]() { *exitCode = RunLint(*options); });
+}
+
+}  // namespace webstep::cli

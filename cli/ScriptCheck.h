@@ -1,0 +1,63 @@
+#pragma once
+// Shared ground of the script commands (lint, steps): finding the action
+// files of the paths a user names, parsing each step call through the parser
+// repository, and printing script bytes readably as text or JSON.
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "webstep/script/ObjectRepository.h"
+#include "webstep/script/ScriptReader.h"
+#include "webstep/steps/WebStepData.h"
+
+namespace webstep::cli {
+
+using OrderedJson = nlohmann::ordered_json;
+
+// The .c files of the paths: a file is taken as it is (whatever its name); a
+// folder gives every .c file below it, folders included, in name order.
+// Paths that do not exist or cannot be listed are reported in problems.
+void CollectActionFiles(const std::vector<std::string>& paths, std::vector<std::string>& files,
+                        std::vector<std::string>& problems);
+
+// The outcome of one step call handed to its parser.
+struct ParsedStep {
+    bool known = false;  // the repository has a parser for the function
+    bool ok = false;
+    unsigned int errorCode = 0;
+    std::vector<std::pair<MString, MString>> errorAttributes;  // in recording order
+    std::unique_ptr<CWebStepData> step;                        // on success
+};
+
+// Parses step calls as the tool's programs do: the repository is filled once,
+// each call gets a fresh parser and its arguments in array mode with the
+// step-creation flag (the first argument being the step name).
+class CStepRunner {
+public:
+    CStepRunner();
+    ParsedStep Parse(const ScriptCall& call);
+
+private:
+    CObjectRepository m_Repository;
+};
+
+// The 0-based index of the argument an error points at, from its "argument"
+// detail (the index after the offending argument), or -1.
+int ErrorArgumentIndex(const ParsedStep& parsed);
+
+// Script bytes for a terminal line: kept as they are when printable (bytes
+// from 0x80 pass unchanged, being text of the process code page), otherwise
+// quoted with C escapes; cut after limit bytes (0: no limit) with "...".
+std::string DisplayText(const MString& text, size_t limit);
+// The same, always quoted.
+std::string QuotedText(const MString& text, size_t limit);
+// A JSON value for script bytes: a string when they are valid UTF-8 without
+// NUL bytes, otherwise {"hex": "..."}.
+OrderedJson JsonText(const MString& text);
+// Serialises JSON whatever bytes the strings hold (invalid UTF-8 replaced).
+std::string DumpJson(const OrderedJson& value);
+
+}  // namespace webstep::cli
