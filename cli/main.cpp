@@ -1,5 +1,8 @@
 #include "EscapeCommand.h"
+#include "FormCommand.h"
 #include "LintCommand.h"
+#include "PageCommand.h"
+#include "SettingsCommand.h"
 #include "StepsCommand.h"
 #include "UrlCommand.h"
 
@@ -18,6 +21,9 @@ int main(int argc, char** argv) {
     webstep::cli::AddUrlCommand(app, &exitCode);
     webstep::cli::AddLintCommand(app, &exitCode);
     webstep::cli::AddStepsCommand(app, &exitCode);
+    webstep::cli::AddPageCommand(app, &exitCode);
+    webstep::cli::AddFormCommand(app, &exitCode);
+    webstep::cli::AddSettingsCommand(app, &exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
