@@ -30,3 +30,16 @@ echo "== lint $example (every step call through the parsers):"
 echo
 echo "== steps of $example (the step objects the parsers build, in script order):"
 "$tool" steps "$example/init.c" "$example/loans.c" "$example/end.c"
+echo
+echo "== settings of $example (its WEB section):"
+"$tool" settings "$example/default.cfg"
+echo
+echo "== page model of the frameset page and of the search frame:"
+"$tool" page "$example/data/t4.html"
+"$tool" page "$example/data/t4f1.html"
+echo
+echo "== the body of the sign-in form, filled as the script fills it:"
+"$tool" form "$example/data/t1.html" --item card=12345 --item pin=0000
+echo
+echo "== a link of the page resolved against the page's address:"
+"$tool" url combine http://library.example.org/account/loans ../catalogue/search?q=dune
