@@ -18,6 +18,7 @@
 #include "platform/Utf8Converter.h"
 #include "platform/WinInet.h"
 #include "script/ObjectRepository.h"
+#include "script/PasswordDecryption.h"
 #include "script/ScriptLexer.h"
 #include "script/ScriptReader.h"
 #include "script/WebParsers.h"

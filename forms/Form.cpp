@@ -10,7 +10,7 @@
 #include "webstep/forms/SelectField.h"
 #include "webstep/forms/TextAreaField.h"
 #include "webstep/html/HTMLForm.h"
-#include "webstep/html/HTMLPage.h"
+#include "webstep/html/HTMLVParser.h"
 #include "webstep/platform/Tick.h"
 
 const char* const CForm::KeyAction = "action";
@@ -526,10 +526,7 @@ void CForm::Annotate(const char* text) {
     if (tree == nullptr || node == nullptr || text == nullptr) {
         return;
     }
-    auto* page = dynamic_cast<CHTMLPage*>(tree);
-    if (page == nullptr) {
-        return;
-    }
+    CHTMLVParser* page = tree;
     const auto* previous = static_cast<const char*>(page->getData(node));
     const MString annotation = MakeAnnotation(previous, text);
     char* copy = static_cast<char*>(std::malloc(annotation.size() + 1));

@@ -89,7 +89,7 @@ protected:
     void ClearAllFields() const;
     void UnmarkRadioGroups() const;
     // Adds a marked-up line to the page's annotation of this form: the page
-    // facade (a CHTMLPage) keeps it through getData/setData of the form's
+    // facade keeps it through getData/setData of the form's
     // node as a malloc'ed NUL-terminated text that the page owns (setData
     // hands over a new text; the page frees the old one).
     void Annotate(const char* text);
