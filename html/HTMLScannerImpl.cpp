@@ -330,11 +330,11 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
             if (!m_info->isLinkAttr(name, index)) {
                 continue;
             }
-            LinkSpec spec{};
-            if (!m_info->linkInfo()->getAt(index, spec)) {
+            LinkSpec entry{};
+            if (!m_info->linkInfo()->getAt(index, entry)) {
                 continue;
             }
-            if (spec.hasObject && !linkObjectMade && m_object != nullptr) {
+            if (entry.hasObject && !linkObjectMade && m_object != nullptr) {
                 linkObjectMade = true;
                 if (isImage && m_inAnchor) {
                     m_scanner->addImage(m_object);
@@ -360,7 +360,7 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
                 value = url;
             }
             char* url = processURL(value.c_str());
-            m_scanner->addLink(&spec, url);
+            m_scanner->addLink(&entry, url);
             std::free(url);
         }
         if (isImage && m_inAnchor && hasIsmap && !hasUsemap) {
@@ -691,16 +691,16 @@ void CHTMLScannerImpl::addLinkObject(CHTMLObjectImpl*& obj) {
     m_objects.add(m_currentElementObject);
 }
 
-void CHTMLScannerImpl::addLink(const LinkSpec* spec, const char* url) {
-    if (spec == nullptr) {
+void CHTMLScannerImpl::addLink(const LinkSpec* entry, const char* url) {
+    if (entry == nullptr) {
         return;
     }
-    auto* link = new CHTMLLinkImpl(spec->tag, spec->attribute, url, spec->isResource,
-                                   spec->isFollowable, lastBase(), nullptr);
-    if (spec->tag == HTML_A) {
+    auto* link = new CHTMLLinkImpl(entry->tag, entry->attribute, url, entry->isResource,
+                                   entry->isFollowable, lastBase(), nullptr);
+    if (entry->tag == HTML_A) {
         link->setObject(m_currentAnchor);
         m_currentAnchorLink = link;
-    } else if (spec->hasObject) {
+    } else if (entry->hasObject) {
         link->setObject(m_currentElementObject);
     }
     m_links.add(link);

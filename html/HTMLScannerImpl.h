@@ -118,7 +118,7 @@ public:
     void addAnchor(CHTMLObjectImpl*& obj);
     void addImage(CHTMLObjectImpl*& obj);
     void addLinkObject(CHTMLObjectImpl*& obj);
-    void addLink(const LinkSpec* spec, const char* url);
+    void addLink(const LinkSpec* entry, const char* url);
     void onISMAP();
     void endForm();
     void endMenu();

@@ -55,8 +55,8 @@ void CLinkMapInfo::Attr::setFlags(bool isResource, bool isFollowable, bool hasOb
 
 CLinkMapInfo::CLinkMapInfo(HTMLTag tag) : m_tag(tag), m_attributes(100, 10) {}
 
-CLinkMapInfo::CLinkMapInfo(const LinkSpec& spec) : m_tag(spec.tag), m_attributes(100, 10) {
-    setSpec(spec);
+CLinkMapInfo::CLinkMapInfo(const LinkSpec& entry) : m_tag(entry.tag), m_attributes(100, 10) {
+    setSpec(entry);
 }
 
 CLinkMapInfo::CLinkMapInfo(const CLinkMapInfo& other) : m_tag(other.m_tag), m_attributes(100, 10) {
@@ -92,16 +92,16 @@ int CLinkMapInfo::find(const char* name) const {
     return -1;
 }
 
-void CLinkMapInfo::setSpec(const LinkSpec& spec) {
-    if (spec.attribute == nullptr) {
+void CLinkMapInfo::setSpec(const LinkSpec& entry) {
+    if (entry.attribute == nullptr) {
         return;
     }
-    const int at = find(spec.attribute);
+    const int at = find(entry.attribute);
     if (at < 0) {
         m_attributes.add(
-            new Attr(spec.attribute, spec.isResource, spec.isFollowable, spec.hasObject));
+            new Attr(entry.attribute, entry.isResource, entry.isFollowable, entry.hasObject));
     } else {
-        m_attributes[at]->setFlags(spec.isResource, spec.isFollowable, spec.hasObject);
+        m_attributes[at]->setFlags(entry.isResource, entry.isFollowable, entry.hasObject);
     }
 }
 
@@ -118,15 +118,15 @@ bool CLinkMapInfo::getAt(unsigned i, LinkSpec& out) const {
     return true;
 }
 
-CTagMapInfo::CTagMapInfo(const TagSpec& spec, const CLinkMapInfo* links)
-    : m_tag(spec.tag),
+CTagMapInfo::CTagMapInfo(const TagSpec& entry, const CLinkMapInfo* links)
+    : m_tag(entry.tag),
       m_linkInfo(links != nullptr ? new CLinkMapInfo(*links) : nullptr),
-      m_processTagFunc(spec.processTagFunc),
-      m_pickAllAttrs(spec.pickAllAttrs) {}
+      m_processTagFunc(entry.processTagFunc),
+      m_pickAllAttrs(entry.pickAllAttrs) {}
 
-CTagMapInfo::CTagMapInfo(const LinkSpec& spec)
-    : m_tag(spec.tag),
-      m_linkInfo(new CLinkMapInfo(spec)),
+CTagMapInfo::CTagMapInfo(const LinkSpec& entry)
+    : m_tag(entry.tag),
+      m_linkInfo(new CLinkMapInfo(entry)),
       m_processTagFunc(nullptr),
       m_pickAllAttrs(false) {}
 
@@ -160,9 +160,9 @@ void CTagMapInfo::setLinkInfo(CLinkMapInfo* info) {
     }
 }
 
-void CTagMapInfo::setProcessing(const TagSpec& spec) {
-    m_processTagFunc = spec.processTagFunc;
-    m_pickAllAttrs = spec.pickAllAttrs;
+void CTagMapInfo::setProcessing(const TagSpec& entry) {
+    m_processTagFunc = entry.processTagFunc;
+    m_pickAllAttrs = entry.pickAllAttrs;
 }
 
 bool CTagMapInfo::isLinkAttr(const char* name, unsigned& index) const {
@@ -210,26 +210,26 @@ void CTagMap::copyFrom(const CTagMap& other) {
     }
 }
 
-void CTagMap::addTag(const TagSpec& spec) {
-    auto found = m_map.find(spec.tag);
+void CTagMap::addTag(const TagSpec& entry) {
+    auto found = m_map.find(entry.tag);
     if (found != m_map.end()) {
-        found->second->setProcessing(spec);
+        found->second->setProcessing(entry);
         return;
     }
-    m_map[spec.tag] = new CTagMapInfo(spec, nullptr);
+    m_map[entry.tag] = new CTagMapInfo(entry, nullptr);
 }
 
-void CTagMap::addLink(const LinkSpec& spec) {
-    auto found = m_map.find(spec.tag);
+void CTagMap::addLink(const LinkSpec& entry) {
+    auto found = m_map.find(entry.tag);
     if (found == m_map.end()) {
-        m_map[spec.tag] = new CTagMapInfo(spec);
+        m_map[entry.tag] = new CTagMapInfo(entry);
         return;
     }
     CTagMapInfo* info = found->second;
     if (info->linkInfo() == nullptr) {
-        info->setLinkInfo(new CLinkMapInfo(spec));
+        info->setLinkInfo(new CLinkMapInfo(entry));
     } else {
-        info->linkInfo()->setSpec(spec);
+        info->linkInfo()->setSpec(entry);
     }
 }
 

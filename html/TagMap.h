@@ -54,7 +54,7 @@ public:
     };
 
     explicit CLinkMapInfo(HTMLTag tag);
-    explicit CLinkMapInfo(const LinkSpec& spec);
+    explicit CLinkMapInfo(const LinkSpec& entry);
     CLinkMapInfo(const CLinkMapInfo& other);
     CLinkMapInfo& operator=(const CLinkMapInfo& other);
     virtual ~CLinkMapInfo();
@@ -63,9 +63,9 @@ public:
     int size() const { return m_attributes.size(); }
     // Index of the first attribute with exactly this name; -1 when absent.
     int find(const char* name) const;
-    // Appends the spec's attribute, or replaces the flags of the attribute
+    // Appends the row's attribute, or replaces the flags of the attribute
     // already there (its name stays the first one's).
-    void setSpec(const LinkSpec& spec);
+    void setSpec(const LinkSpec& entry);
     // false when i is out of range.
     bool getAt(unsigned i, LinkSpec& out) const;
 
@@ -79,8 +79,8 @@ private:
 // What the map knows about one tag.
 class CTagMapInfo {
 public:
-    CTagMapInfo(const TagSpec& spec, const CLinkMapInfo* links);
-    explicit CTagMapInfo(const LinkSpec& spec);
+    CTagMapInfo(const TagSpec& entry, const CLinkMapInfo* links);
+    explicit CTagMapInfo(const LinkSpec& entry);
     CTagMapInfo(const CTagMapInfo& other);
     CTagMapInfo& operator=(const CTagMapInfo& other);
     ~CTagMapInfo();
@@ -92,7 +92,7 @@ public:
     ProcessTagFunc processTagFunc() const { return m_processTagFunc; }
     // Takes ownership and deletes the link information held before.
     void setLinkInfo(CLinkMapInfo* info);
-    void setProcessing(const TagSpec& spec);
+    void setProcessing(const TagSpec& entry);
     bool isLinkAttr(const char* name, unsigned& index) const;
 
 private:
@@ -114,8 +114,8 @@ public:
     CTagMap& operator=(const CTagMap& other);
     ~CTagMap();
 
-    void addTag(const TagSpec& spec);
-    void addLink(const LinkSpec& spec);
+    void addTag(const TagSpec& entry);
+    void addLink(const LinkSpec& entry);
     // addLink for every row up to the terminating row.
     void addLinks(const LinkSpec* table);
     bool getInfo(HTMLTag tag, CTagMapInfo*& out) const;

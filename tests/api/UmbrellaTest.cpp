@@ -4,4 +4,6 @@
 
 #include <gtest/gtest.h>
 
-TEST(Umbrella, IncludesTheWholeLibrary) { EXPECT_NE(webstep::GetVersion(), nullptr); }
+TEST(Umbrella, IncludesTheWholeLibrary) {
+    EXPECT_NE(webstep::GetVersion(), nullptr);
+}

@@ -54,9 +54,9 @@ void BuildDefault(CTagMap& map, const LinkSpec* links = CHTMLVParser::linkDescri
 
 std::vector<std::string> LinkNames(const CTagMapInfo* info) {
     std::vector<std::string> names;
-    LinkSpec spec{};
-    for (unsigned i = 0; info->linkInfo() != nullptr && info->linkInfo()->getAt(i, spec); ++i) {
-        names.push_back(spec.attribute);
+    LinkSpec entry{};
+    for (unsigned i = 0; info->linkInfo() != nullptr && info->linkInfo()->getAt(i, entry); ++i) {
+        names.push_back(entry.attribute);
     }
     return names;
 }
@@ -103,13 +103,13 @@ TEST(TagMap, ImgHasThreeLinkAttributesInTableOrder) {
     EXPECT_EQ(info->processTagFunc(), nullptr);
     EXPECT_TRUE(info->isLink());
     EXPECT_EQ(LinkNames(info), (std::vector<std::string>{"dynsrc", "imagemap", "src"}));
-    LinkSpec spec{};
-    ASSERT_TRUE(info->linkInfo()->getAt(2, spec));
-    EXPECT_EQ(spec.tag, HTML_IMG);
-    EXPECT_TRUE(spec.isResource);
-    EXPECT_FALSE(spec.isFollowable);
-    EXPECT_TRUE(spec.hasObject);
-    EXPECT_FALSE(info->linkInfo()->getAt(3, spec));
+    LinkSpec entry{};
+    ASSERT_TRUE(info->linkInfo()->getAt(2, entry));
+    EXPECT_EQ(entry.tag, HTML_IMG);
+    EXPECT_TRUE(entry.isResource);
+    EXPECT_FALSE(entry.isFollowable);
+    EXPECT_TRUE(entry.hasObject);
+    EXPECT_FALSE(info->linkInfo()->getAt(3, entry));
 }
 
 TEST(TagMap, ScriptEntryIsMadeFromItsLinkRowAlone) {
@@ -196,11 +196,11 @@ TEST(TagMap, RepeatedLinkRowKeepsTheFirstNameAndTakesTheLaterFlags) {
     CTagMapInfo* info = nullptr;
     ASSERT_TRUE(map.getInfo(HTML_A, info));
     EXPECT_EQ(info->linkInfo()->size(), 1);
-    LinkSpec spec{};
-    ASSERT_TRUE(info->linkInfo()->getAt(0, spec));
-    EXPECT_TRUE(spec.isResource);
-    EXPECT_FALSE(spec.isFollowable);
-    EXPECT_FALSE(spec.hasObject);
+    LinkSpec entry{};
+    ASSERT_TRUE(info->linkInfo()->getAt(0, entry));
+    EXPECT_TRUE(entry.isResource);
+    EXPECT_FALSE(entry.isFollowable);
+    EXPECT_FALSE(entry.hasObject);
 }
 
 TEST(TagMap, CopiesAreDeep) {
@@ -278,12 +278,12 @@ TEST(LinkMapInfo, FindSetSpecAndCopies) {
     EXPECT_EQ(info.find("SRC"), -1);
     CLinkMapInfo copy(info);
     info.setSpec({HTML_IMG, "src", false, true, false});
-    LinkSpec spec{};
-    ASSERT_TRUE(copy.getAt(0, spec));
-    EXPECT_TRUE(spec.isResource);
-    ASSERT_TRUE(info.getAt(0, spec));
-    EXPECT_FALSE(spec.isResource);
-    EXPECT_TRUE(spec.isFollowable);
+    LinkSpec entry{};
+    ASSERT_TRUE(copy.getAt(0, entry));
+    EXPECT_TRUE(entry.isResource);
+    ASSERT_TRUE(info.getAt(0, entry));
+    EXPECT_FALSE(entry.isResource);
+    EXPECT_TRUE(entry.isFollowable);
     CLinkMapInfo::Attr attr("n", true, true, false);
     CLinkMapInfo::Attr attrCopy(attr);
     EXPECT_STREQ(attrCopy.name(), "n");
@@ -293,8 +293,8 @@ TEST(LinkMapInfo, FindSetSpecAndCopies) {
 TEST(TagMapInfo, BuiltFromATagSpecCopiesTheGivenLinks) {
     CLinkMapInfo links(HTML_FORM);
     links.setSpec({HTML_FORM, "action", false, true, true});
-    const TagSpec spec = {HTML_FORM, true, kAddForm};
-    CTagMapInfo info(spec, &links);
+    const TagSpec entry = {HTML_FORM, true, kAddForm};
+    CTagMapInfo info(entry, &links);
     links.setSpec({HTML_FORM, "other", false, false, false});
     EXPECT_EQ(info.linkInfo()->size(), 1);
     EXPECT_EQ(info.processTagFunc(), kAddForm);
