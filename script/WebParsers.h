@@ -2,6 +2,8 @@
 // One parser class per script function. Each applies the common frame (the
 // expected step, the argument count, the step name, the walk to "LAST") and,
 // with WPF_CREATE_STEP, creates the step object of its function.
+#include <vector>
+
 #include "webstep/script/WebStepParse.h"
 
 // Declares a parser class: its factory and its parse.
@@ -66,3 +68,136 @@ WEBSTEP_DECLARE_PARSER(CWebParseFlexCustomRequest)         // "flex_web_request"
 WEBSTEP_DECLARE_PARSER(CWebParseSilverlightCustomRequest)  // "silverlight_web_request"
 
 #undef WEBSTEP_DECLARE_PARSER
+
+// The step calls of current script versions beyond the registered 49: the
+// shared reader of their grammar, then one parser class per function.
+// CWebStepParse::UpdateRepositoryExtended registers them.
+class CWebParseExtended : public CWebStepParse {
+public:
+    // How an attribute's value is checked.
+    enum ExtendedValue {
+        EV_TEXT,      // any text
+        EV_UNSIGNED,  // an unsigned decimal number (1006)
+        EV_SIGNED,    // a signed decimal number (1006)
+        EV_YES_NO,    // yes or no (1005)
+        EV_BOOLEAN,   // 0 or 1 (1004)
+        EV_TABLE,     // a row of the attribute's value table (1003)
+        EV_ORDINAL,   // a number from 1, "All" or "LAST" (1002, 1003 for 0)
+        EV_BOUNDARY,  // a boundary: options after the name ("LB/IC/BIN", 1002)
+        EV_URL,       // a URL: options "RE" and "IC" after the name (1002)
+    };
+    // Whether an attribute must be given.
+    enum ExtendedNeed {
+        EN_OPTIONAL,
+        EN_PRESENT,  // absent: 1000 with "text" and the name
+        EN_VALUE,    // as EN_PRESENT, and an empty value gives 1003
+    };
+    struct ExtendedAttribute {
+        const char* name;
+        ExtendedValue kind;
+        ExtendedNeed need;
+        const CWebStepScript::AttrTableEntry* table;  // for EV_TABLE
+    };
+    // Sections a call may hold after its attributes.
+    enum ExtendedSection : unsigned int {
+        ES_SEARCH_FILTERS = 1,  // SEARCH_FILTERS, then filter attributes
+        ES_HEADERS = 2,         // HEADERS, then "Name="/"Value=" closed by ENDHEADER
+        ES_SOURCES = 4,         // SOURCES, then "File=" items closed by ENDITEM
+        ES_ARGUMENTS = 8,       // BEGIN_ARGUMENTS ... END_ARGUMENTS, BEGIN_RESULT ... END_RESULT
+    };
+    struct ExtendedGrammar {
+        const char* function;
+        LeadingArgument leading;
+        const ExtendedAttribute* attributes;  // closed by a row with a null name
+        // Names outside the list: refused with 1001 unless the list is open,
+        // or the name ends with openSuffix (callback names ending in "CB").
+        bool open;
+        const char* openSuffix;
+        unsigned int sections;
+        // Exactly one of these names is required (null when none): none
+        // gives 1000 naming them all, a second 1003.
+        const char* const* oneOf;
+    };
+    // What a call held, as written.
+    struct ExtendedCall {
+        MString leading;  // the parameter name of LA_PARAMETER_NAME
+        CAttributeSet attributes;
+        CAttributeSet filters;
+        std::vector<CAttributeSet> items;  // headers or source files
+        CAttributeSet arguments;
+        CAttributeSet results;
+        RegSaveParamFlags leftFlags = RSPF_NONE;
+        RegSaveParamFlags rightFlags = RSPF_NONE;
+        unsigned int urlFlags = 0;
+        MString oneOfName;  // the name of the oneOf attribute given
+        MString oneOfValue;
+    };
+
+protected:
+    // Reads and checks a call by its grammar: the argument count, the leading
+    // argument, the attribute run, the sections up to "LAST" (or the array's
+    // end), then every value, the required attributes and the filters.
+    bool ReadExtendedCall(const ExtendedGrammar& grammar, ExtendedCall& call);
+    // The step to fill: a new one with WPF_CREATE_STEP, else the caller's
+    // step when it has the class, else null.
+    template <class Step>
+    Step* ExtendedStep() {
+        if (GetFlags() & WPF_CREATE_STEP) {
+            Step* step = new Step;
+            SetDataStep(step);
+            return step;
+        }
+        return GetDataStep() ? dynamic_cast<Step*>(GetDataStep()) : nullptr;
+    }
+    // Copies the attributes as written into the step's set; boundary and URL
+    // names lose their options (kept as flags), so "LB/IC" is stored as "LB".
+    void CopyExtendedAttributes(const ExtendedGrammar& grammar, const CAttributeSet& from,
+                                CAttributeSet& to);
+
+private:
+    bool ReadExtendedArguments(const ExtendedGrammar& grammar, ExtendedCall& call);
+    bool CheckExtendedValues(const ExtendedGrammar& grammar, ExtendedCall& call);
+    bool CheckSearchFilters(ExtendedCall& call);
+    bool CheckValue(const ExtendedAttribute& rule, const MString& name, const MString& value,
+                    ExtendedCall& call);
+};
+
+#define WEBSTEP_DECLARE_EXTENDED_PARSER(Parser)                 \
+    class Parser : public CWebParseExtended {                   \
+    public:                                                     \
+        /* The factory registered under the function's name. */ \
+        static void* CreateObject() { return new Parser; }      \
+                                                                \
+    protected:                                                  \
+        bool __ParseArguments() override;                       \
+    };
+
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegSaveParamEx)        // "web_reg_save_param_ex"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegSaveParamRegexp)    // "web_reg_save_param_regexp"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegSaveParamJson)      // "web_reg_save_param_json"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegSaveParamXpath)     // "web_reg_save_param_xpath"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegSaveParamAttrib)    // "web_reg_save_param_attrib"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRest)                  // "web_rest"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseSaveTimestampParam)    // "web_save_timestamp_param"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseSaveParamLength)       // "web_save_param_length"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseConvertDateParam)      // "web_convert_date_param"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegAsyncAttributes)    // "web_reg_async_attributes"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseStopAsync)             // "web_stop_async"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseSync)                  // "web_sync"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseJsRun)                 // "web_js_run"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseJsReset)               // "web_js_reset"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseAddFilter)             // "web_add_filter"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseAddAutoFilter)         // "web_add_auto_filter"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRemoveAutoFilter)      // "web_remove_auto_filter"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseSetRtsKey)             // "web_set_rts_key"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseConvertToFormatted)    // "web_convert_to_formatted"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseConvertFromFormatted)  // "web_convert_from_formatted"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseServiceCall)           // "web_service_call"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseWebSocketConnect)      // "web_websocket_connect"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseWebSocketSend)         // "web_websocket_send"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseWebSocketClose)        // "web_websocket_close"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseRegCrossStepDownload)  // "web_reg_cross_step_download"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseDumpCache)             // "web_dump_cache"
+WEBSTEP_DECLARE_EXTENDED_PARSER(CWebParseLoadCache)             // "web_load_cache"
+
+#undef WEBSTEP_DECLARE_EXTENDED_PARSER

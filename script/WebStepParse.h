@@ -48,6 +48,12 @@ public:
 
     // Registers the parser factory of every script function name.
     static void UpdateRepository(CObjectRepository& repository);
+    // Registers the parsers of the functions that current script versions
+    // call beyond those (web_reg_save_param_ex, web_rest, web_js_run, ...);
+    // a caller that wants both sets calls both.
+    static void UpdateRepositoryExtended(CObjectRepository& repository);
+    // The function names UpdateRepositoryExtended registers, in its order.
+    static const char* const* GetExtendedFunctionNames();
 
     // Array mode: count elements, read from index 0.
     bool ParseArguments(unsigned int count, const char** args, WebParserFlags flags);

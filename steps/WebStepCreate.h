@@ -16,6 +16,11 @@ public:
     // registered factory returns, as void*, a new CWebStepCreate* (from the
     // creator's CreateObject) that the caller owns and deletes.
     static void UpdateRepository(CObjectRepository& repository);
+    // Registers the creators of the functions that current script versions
+    // call beyond those 49 (web_reg_save_param_ex, web_rest, ...), in the
+    // order of CWebStepParse::UpdateRepositoryExtended; a caller that wants
+    // both sets calls both.
+    static void UpdateRepositoryExtended(CObjectRepository& repository);
 
     // Public entry to CreateNew for the holders of a CWebStepCreate*: a new
     // empty step owned by the caller, or null when allocation fails.
@@ -138,3 +143,59 @@ WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateGlobalVerificationResume)
 WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateFlexCustomRequest)
 // "silverlight_web_request" makes a CWebStepSilverlightCustomRequest.
 WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateSilverlightCustomRequest)
+
+// The creators of the extended function set.
+// "web_reg_save_param_ex" makes a CWebStepRegSaveParamEx.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegSaveParamEx)
+// "web_reg_save_param_regexp" makes a CWebStepRegSaveParamRegexp.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegSaveParamRegexp)
+// "web_reg_save_param_json" makes a CWebStepRegSaveParamJson.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegSaveParamJson)
+// "web_reg_save_param_xpath" makes a CWebStepRegSaveParamXpath.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegSaveParamXpath)
+// "web_reg_save_param_attrib" makes a CWebStepRegSaveParamAttrib.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegSaveParamAttrib)
+// "web_rest" makes a CWebStepRest.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRest)
+// "web_save_timestamp_param" makes a CWebStepSaveTimestampParam.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateSaveTimestampParam)
+// "web_save_param_length" makes a CWebStepSaveParamLengthEx.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateSaveParamLength)
+// "web_convert_date_param" makes a CWebStepConvertDateParam.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateConvertDateParam)
+// "web_reg_async_attributes" makes a CWebStepRegAsyncAttributes.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegAsyncAttributes)
+// "web_stop_async" makes a CWebStepStopAsync.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateStopAsync)
+// "web_sync" makes a CWebStepSync.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateSync)
+// "web_js_run" makes a CWebStepJsRun.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateJsRun)
+// "web_js_reset" makes a CWebStepJsReset.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateJsReset)
+// "web_add_filter" makes a CWebStepAddFilter.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateAddFilter)
+// "web_add_auto_filter" makes a CWebStepAddAutoFilter.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateAddAutoFilter)
+// "web_remove_auto_filter" makes a CWebStepRemoveAutoFilter.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRemoveAutoFilter)
+// "web_set_rts_key" makes a CWebStepSetRtsKey.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateSetRtsKey)
+// "web_convert_to_formatted" makes a CWebStepConvertToFormatted.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateConvertToFormatted)
+// "web_convert_from_formatted" makes a CWebStepConvertFromFormatted.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateConvertFromFormatted)
+// "web_service_call" makes a CWebStepServiceCall.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateServiceCall)
+// "web_websocket_connect" makes a CWebStepWebSocketConnect.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateWebSocketConnect)
+// "web_websocket_send" makes a CWebStepWebSocketSend.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateWebSocketSend)
+// "web_websocket_close" makes a CWebStepWebSocketClose.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateWebSocketClose)
+// "web_reg_cross_step_download" makes a CWebStepRegCrossStepDownload.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateRegCrossStepDownload)
+// "web_dump_cache" makes a CWebStepDumpCache.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateDumpCache)
+// "web_load_cache" makes a CWebStepLoadCache.
+WEBSTEP_DECLARE_STEP_CREATOR(CWebCreateLoadCache)

@@ -1,0 +1,4 @@
+#include "webstep/steps/WebStepConvertToFormatted.h"
+
+CWebStepConvertToFormatted::~CWebStepConvertToFormatted() = default;
+CWebStepConvertFromFormatted::~CWebStepConvertFromFormatted() = default;

@@ -1,0 +1,5 @@
+#include "webstep/steps/WebStepRegAsyncAttributes.h"
+
+CWebStepRegAsyncAttributes::~CWebStepRegAsyncAttributes() = default;
+CWebStepStopAsync::~CWebStepStopAsync() = default;
+CWebStepSync::~CWebStepSync() = default;

@@ -1,0 +1,3 @@
+#include "webstep/steps/WebStepServiceCall.h"
+
+CWebStepServiceCall::~CWebStepServiceCall() = default;

@@ -1,0 +1,3 @@
+#include "webstep/steps/WebStepSetRtsKey.h"
+
+CWebStepSetRtsKey::~CWebStepSetRtsKey() = default;

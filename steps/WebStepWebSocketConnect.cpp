@@ -1,0 +1,5 @@
+#include "webstep/steps/WebStepWebSocketConnect.h"
+
+CWebStepWebSocketConnect::~CWebStepWebSocketConnect() = default;
+CWebStepWebSocketSend::~CWebStepWebSocketSend() = default;
+CWebStepWebSocketClose::~CWebStepWebSocketClose() = default;
