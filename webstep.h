@@ -2,7 +2,6 @@
 // Umbrella header: includes every public header of the library.
 // Written by scripts/umbrella.sh; a test keeps it complete.
 #include "foundation/BinaryDataHandler.h"
-#include "foundation/Export.h"
 #include "foundation/MString.h"
 #include "foundation/PropertyBag.h"
 #include "foundation/TextBuffer.h"
@@ -95,7 +94,6 @@
 #include "forms/RequestBody.h"
 #include "forms/Resource.h"
 #include "forms/SelectField.h"
-#include "forms/StepResolver.h"
 #include "forms/SubmitField.h"
 #include "forms/TextAreaField.h"
 #include "forms/TextTrim.h"
