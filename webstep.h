@@ -2,6 +2,7 @@
 // Umbrella header: includes every public header of the library.
 // Written by scripts/umbrella.sh; a test keeps it complete.
 #include "foundation/BinaryDataHandler.h"
+#include "foundation/Export.h"
 #include "foundation/MString.h"
 #include "foundation/PropertyBag.h"
 #include "foundation/TextBuffer.h"

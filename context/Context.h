@@ -5,12 +5,17 @@
 // callers that keep parameters derive from it and override them.
 //
 // The context does not own its trees: whoever builds them deletes them.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/url/URLParser.h"
 
 class CContextTree;
 
-class CContext {
+/// The browser context of one virtual user: its current and previous context
+/// tree and the parameter hooks. It does not own its trees. The hooks succeed
+/// without doing anything here; derived classes resolve parameters. LockTree
+/// and UnlockTree return false when there is no current tree.
+class WEBSTEP_API CContext {
 public:
     CContext() = default;
     CContext(const CContext&) = default;

@@ -10,13 +10,18 @@
 // its own. The tree itself only talks to the CHTMLVParser facade.
 #include <cstddef>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/html/HTMLPage.h"
 #include "webstep/html/TagMap.h"
 
 class CHTMLScanner;
 
-class CContextPage : public CHTMLPage {
+/// A scanned page that owns its scanner and text, so that a context tree node
+/// can own it and a tree copy can outlive the original. Scan never returns
+/// null (an empty text gives an empty page); the caller, or the node it is
+/// given to, deletes it.
+class WEBSTEP_API CContextPage : public CHTMLPage {
 public:
     // Scans length bytes of text (null or empty gives an empty page) with
     // the link table (null: CHTMLVParser::linkDescriptor). Never null.

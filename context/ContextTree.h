@@ -11,13 +11,19 @@
 #include <cstdint>
 #include <vector>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/platform/Mutex.h"
 #include "webstep/url/URLParser.h"
 
 class CHTMLVParser;
 
-class CContextTree {
+/// One node of the context tree: a document, frame or resource with its URL,
+/// page, children, level, ordinal, relative frame id and snapshot file name.
+/// A node owns its page and its children (deleting it deletes the subtree);
+/// AddChild returns false and leaves the child with the caller when no slot
+/// of the page fits. Lock calls return false on failure.
+class WEBSTEP_API CContextTree {
 public:
     CContextTree();
     // A tree owns its children and its lock: it is copied only through
@@ -144,10 +150,10 @@ private:
     bool m_Resource = false;
 };
 
-// Walks a whole tree depth first in pre-order: the start node, then each
-// child's subtree in slot order (null slots are skipped). GetNext returns
-// null after the last node. The tree must not change during the walk.
-class CContextTreeIterator {
+/// Walks a whole tree depth first in pre-order: the start node, then each
+/// child's subtree in slot order (null slots are skipped). GetNext returns
+/// null after the last node. The tree must not change during the walk.
+class WEBSTEP_API CContextTreeIterator {
 public:
     explicit CContextTreeIterator(CContextTree* root);
     CContextTree* GetNext();
@@ -164,8 +170,8 @@ private:
     std::vector<Position> m_Stack;
 };
 
-// Walks the children of one node in slot order, skipping null slots.
-class CContextTreeChildIterator {
+/// Walks the children of one node in slot order, skipping null slots.
+class WEBSTEP_API CContextTreeChildIterator {
 public:
     explicit CContextTreeChildIterator(CContextTree* node);
     CContextTree* GetNext();

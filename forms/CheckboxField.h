@@ -4,10 +4,14 @@
 #include <vector>
 
 #include "webstep/forms/FormField.h"
+#include "webstep/foundation/Export.h"
 
 class CRadioField;
 
-class CCheckboxField : public CFormField {
+/// A check box of a page form: sends its value when checked. An item fits it
+/// when it names the box's value (or "on" for a box without value); a
+/// non-fitting item makes the form's check fail.
+class WEBSTEP_API CCheckboxField : public CFormField {
 public:
     CFormField* Clone() const override { return new CCheckboxField(*this); }
     // The value a browser sends for a box without a "value" attribute.
@@ -42,9 +46,9 @@ protected:
     bool defaultChecked = false;
 };
 
-// The radio buttons of one name; the form owns the group, the form's field
-// list owns the members.
-class CRadioButtonGroup {
+/// The radio buttons of one name; the form owns the group, the form's field
+/// list owns the members.
+class WEBSTEP_API CRadioButtonGroup {
 public:
     explicit CRadioButtonGroup(const MString& name) : marked(false), name(name) {}
     CRadioButtonGroup(const CRadioButtonGroup&) = delete;
@@ -64,7 +68,9 @@ private:
     std::vector<CRadioField*> members;
 };
 
-class CRadioField : public CCheckboxField {
+/// One radio button; its group ensures that one button of a name at most is
+/// chosen per check. Owned by the form's field list.
+class WEBSTEP_API CRadioField : public CCheckboxField {
 public:
     CFormField* Clone() const override { return new CRadioField(*this); }
     explicit CRadioField(CRadioButtonGroup* group = nullptr) : group(group) {}

@@ -3,12 +3,16 @@
 // options) and the owning list of items.
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/ParametrizableArgument.h"
 
 class CContext;
 
-class CData {
+/// One data item of a step: name and value (literal or regular expression),
+/// optional name prefix and suffix, type, file path, content type and flags.
+/// A value class; the lists that hold items (CDataElements) own them.
+class WEBSTEP_API CData {
 public:
     enum DataType {
         DT_UNSPECIFIED = 0,
@@ -104,10 +108,10 @@ private:
     CParametrizableArgument contentTransferEncoding;
 };
 
-// Owning list of items in insertion order. Copies share the item pointers
-// (shallow on purpose: steps hand data sets around by copy and the copy's
-// owner drops its references before destruction).
-class CDataElements {
+/// Owning list of items in insertion order. Copies share the item pointers
+/// (shallow on purpose: steps hand data sets around by copy and the copy's
+/// owner drops its references before destruction).
+class WEBSTEP_API CDataElements {
 public:
     using iterator = std::list<CData*>::iterator;
 

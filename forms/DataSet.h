@@ -3,12 +3,17 @@
 // request body back into items; and the non-owning list of data sets.
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/Data.h"
 
 class CContext;
 
-class CDataSet {
+/// The data items of a step with the action URL they go to. It owns its items
+/// through its CDataElements; copies share them, so a copy is released with
+/// ClearDataReferences before it is destroyed. Readers of a recorded body add
+/// what they can read and skip the rest.
+class WEBSTEP_API CDataSet {
 public:
     using iterator = CDataElements::iterator;
 
@@ -56,8 +61,8 @@ private:
     CDataElements elements;
 };
 
-// Non-owning list of data sets.
-class CDataSets {
+/// Non-owning list of data sets.
+class WEBSTEP_API CDataSets {
 public:
     CDataSets() = default;
     CDataSets(const CDataSets&) = default;

@@ -2,8 +2,11 @@
 // A file upload field; its multipart part carries the file's bytes in the
 // binary-escaped script form.
 #include "webstep/forms/FormField.h"
+#include "webstep/foundation/Export.h"
 
-class CFileField : public CFormField {
+/// A file upload field; its multipart part names the file and carries its
+/// bytes. Owned by the form's field list.
+class WEBSTEP_API CFileField : public CFormField {
 public:
     CFormField* Clone() const override { return new CFileField(*this); }
     // Prefix of a content type made from an extension's registered class.

@@ -5,6 +5,7 @@
 #include <list>
 #include <vector>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/CheckboxField.h"
 #include "webstep/forms/DataSet.h"
@@ -15,7 +16,13 @@
 class CHTMLForm;
 class CHTMLVParser;
 
-class CForm {
+/// One page form at run time: its fields, the attributes that a step selects
+/// it by, the check and setting of a step's data set, and the body the
+/// browser would send. It owns its fields and groups and reads the page
+/// through the facade it is attached to, which must outlive it. The checks
+/// return false, changing nothing, when an item finds no field or a value its
+/// field refuses.
+class WEBSTEP_API CForm {
 public:
     // The key texts of the form's own attributes.
     static const char* const KeyAction;       // "action"

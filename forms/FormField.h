@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/Data.h"
 
@@ -18,9 +19,14 @@ enum ENCTYPE { ENCTYPE_URLENCODED = 0, ENCTYPE_MULTIPART = 1 };
 // Whole-text match of a POSIX extended regular expression (GNU semantics),
 // letter case ignored unless caseSensitive. A pattern that does not compile
 // (or holds a NUL byte) matches nothing.
-bool FormRegexMatch(const MString& pattern, const MString& text, bool caseSensitive = false);
+WEBSTEP_API bool FormRegexMatch(const MString& pattern, const MString& text,
+                                bool caseSensitive = false);
 
-class CFormField {
+/// Base of the form fields: name, page (default) value, current value, the
+/// test whether a data item fits, and the field's share of the body. Fields
+/// are owned by their form's field list; checks return false for an item that
+/// does not fit.
+class WEBSTEP_API CFormField {
 public:
     // The values with a meaning of their own in an item.
     static const char* const ValueOn;       // "<ON>"
@@ -79,8 +85,8 @@ protected:
     CHTMLFormElement* element;
 };
 
-// The fields of a form; the form owns them.
-class CFormFields {
+/// The fields of a form; the form owns them.
+class WEBSTEP_API CFormFields {
 public:
     CFormFields() = default;
     CFormFields(const CFormFields&) = delete;

@@ -2,8 +2,11 @@
 // A hidden field: it sends its page value, and an item fits it only when it
 // names that value (or keeps the default).
 #include "webstep/forms/FormField.h"
+#include "webstep/foundation/Export.h"
 
-class CHiddenField : public CFormField {
+/// A hidden field: sends its page value; an item fits only when it names that
+/// value or keeps the default. Owned by the form's field list.
+class WEBSTEP_API CHiddenField : public CFormField {
 public:
     CFormField* Clone() const override { return new CHiddenField(*this); }
     void GetValues(std::vector<std::pair<MString, MString>>& out) const override;

@@ -5,12 +5,16 @@
 #include <list>
 #include <string>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/ParametrizableArgument.h"
 
 class CContext;
 
-class CHtmlAttribute {
+/// Base of the attributes by which a step names a page object: a key and a
+/// value that may be a parameter reference. Sets of attributes
+/// (CHtmlAttributeSet) own them; Match returns false when the values differ.
+class WEBSTEP_API CHtmlAttribute {
 public:
     CHtmlAttribute() = default;
     CHtmlAttribute(const CHtmlAttribute&) = default;
@@ -29,7 +33,8 @@ public:
     virtual CHtmlAttribute* Clone() const = 0;
 };
 
-class CStringAttribute : public CHtmlAttribute {
+/// A text attribute compared as text (a form's action or name, a link's text).
+class WEBSTEP_API CStringAttribute : public CHtmlAttribute {
 public:
     CStringAttribute(const MString& key, const MString& text) : key(key), argument(text) {}
     CStringAttribute(const MString& key, const CParametrizableArgument& argument)
@@ -55,18 +60,18 @@ protected:
     CParametrizableArgument argument;
 };
 
-// An attribute holding a resource address: a script may name it by its last
-// path segment, letter case ignored.
-class CSrcStringAttribute : public CStringAttribute {
+/// An attribute holding a resource address: a script may name it by its last
+/// path segment, letter case ignored.
+class WEBSTEP_API CSrcStringAttribute : public CStringAttribute {
 public:
     using CStringAttribute::CStringAttribute;
     bool Match(const CHtmlAttribute& other) const override;
     CHtmlAttribute* Clone() const override { return new CSrcStringAttribute(*this); }
 };
 
-// One hidden field of a form; its key is always "hidden", so many may stand
-// in one set.
-class CHiddenAttribute : public CHtmlAttribute {
+/// One hidden field of a form; its key is always "hidden", so many may stand
+/// in one set.
+class WEBSTEP_API CHiddenAttribute : public CHtmlAttribute {
 public:
     static const char* const HiddenKey;
 

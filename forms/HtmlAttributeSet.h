@@ -4,12 +4,15 @@
 #include <list>
 #include <string>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/HtmlAttribute.h"
 
 class CContext;
 
-class CHtmlAttributeSet {
+/// An ordered set of HTML attributes that owns its elements; copies are deep.
+/// Match is false when a wanted attribute finds no partner here.
+class WEBSTEP_API CHtmlAttributeSet {
 public:
     using iterator = std::list<CHtmlAttribute*>::iterator;
     using const_iterator = std::list<CHtmlAttribute*>::const_iterator;

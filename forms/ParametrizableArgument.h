@@ -1,11 +1,15 @@
 #pragma once
 // A script text that may be a parameter reference ({Name}): keeps the script
 // form and the value that is current at run time.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
 class CContext;
 
-class CParametrizableArgument {
+/// A script text that may be a parameter reference ("{Name}", at least two
+/// bytes): the text as written and its current run-time value. A value class;
+/// Parametrize returns false when the context cannot resolve the reference.
+class WEBSTEP_API CParametrizableArgument {
 public:
     CParametrizableArgument();
     CParametrizableArgument(const MString& text);

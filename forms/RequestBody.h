@@ -2,10 +2,15 @@
 // Turning a data set into a request body without a page form, and trimming
 // a data set of the items a replay must not send. These are the data set's
 // body-building operations, kept beside it as free functions of one class.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/DataSet.h"
 
-class CRequestBody {
+/// Data set to request body without a page form (URL-encoded, or multipart
+/// with a boundary), and removal of the items a replay must not send. Static
+/// functions only; they append to the caller's text and report no failure (a
+/// file part whose file cannot be read carries no bytes).
+class WEBSTEP_API CRequestBody {
 public:
     // Appends the body of every item (whatever its "sent" flag) to body:
     // multipart when boundary is not empty (a file item's part carries the

@@ -2,10 +2,13 @@
 // One extra resource of a navigation step and the owning list of resources.
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/ParametrizableArgument.h"
 
-class CResource {
+/// One extra resource (EXTRARES) of a navigation step: URL, referer and
+/// related attributes. A value class owned by its CResourceElements list.
+class WEBSTEP_API CResource {
 public:
     CResource(const MString& url, const MString& referer) : url(url), referer(referer) {}
     CResource(const CResource&) = default;
@@ -29,9 +32,9 @@ private:
     CParametrizableArgument referer;
 };
 
-// Owning list of resources; copies share the pointers (see CDataElements).
-// Its destructor is deliberately not virtual.
-class CResourceElements {
+/// Owning list of resources; copies share the pointers (see CDataElements).
+/// Its destructor is deliberately not virtual.
+class WEBSTEP_API CResourceElements {
 public:
     using iterator = std::list<CResource*>::iterator;
 

@@ -4,8 +4,12 @@
 #include <vector>
 
 #include "webstep/forms/FormField.h"
+#include "webstep/foundation/Export.h"
 
-class CSelectField : public CFormField {
+/// A selection list: its options with their selected, default and taken
+/// flags. An item fits when it names an option (or, as a regular expression,
+/// matches one not yet taken). Owned by the form's field list.
+class WEBSTEP_API CSelectField : public CFormField {
 public:
     CFormField* Clone() const override { return new CSelectField(*this); }
     // Separates an option's display text from its value attribute.

@@ -4,11 +4,12 @@
 #include <vector>
 
 #include "webstep/forms/FormField.h"
+#include "webstep/foundation/Export.h"
 
 class CSubmitField;
 
-// The form's buttons; the form's field list owns them.
-class CSubmitGroup {
+/// The form's buttons; the form's field list owns them.
+class WEBSTEP_API CSubmitGroup {
 public:
     CSubmitGroup() = default;
     CSubmitGroup(const CSubmitGroup&) = delete;
@@ -29,7 +30,9 @@ private:
     std::vector<CSubmitField*> members;
 };
 
-class CSubmitField : public CFormField {
+/// A submit button; sends its name and value when it is the clicked one.
+/// Owned by the form's field list.
+class WEBSTEP_API CSubmitField : public CFormField {
 public:
     CFormField* Clone() const override { return new CSubmitField(*this); }
     // Captions a browser shows for a button without a value.
@@ -71,7 +74,9 @@ protected:
     bool chosen = false;
 };
 
-class CImageField : public CSubmitField {
+/// An image button; when clicked it sends its click coordinates (name.x and
+/// name.y), last in the body. Owned by the form's field list.
+class WEBSTEP_API CImageField : public CSubmitField {
 public:
     CFormField* Clone() const override { return new CImageField(*this); }
     explicit CImageField(CSubmitGroup* group = nullptr) : CSubmitField(group) {}

@@ -2,8 +2,10 @@
 // Free-text fields: text areas, one-line text fields (with their length
 // limit) and password fields.
 #include "webstep/forms/FormField.h"
+#include "webstep/foundation/Export.h"
 
-class CTextAreaField : public CFormField {
+/// A text area: takes any value. Owned by the form's field list.
+class WEBSTEP_API CTextAreaField : public CFormField {
 public:
     CFormField* Clone() const override { return new CTextAreaField(*this); }
     CTextAreaField() = default;
@@ -28,7 +30,9 @@ protected:
     MString currentValue;
 };
 
-class CTextField : public CTextAreaField {
+/// A one-line text field: takes a value up to its length limit, when it has
+/// one.
+class WEBSTEP_API CTextField : public CTextAreaField {
 public:
     CFormField* Clone() const override { return new CTextField(*this); }
     static constexpr long long NoLimit = 2147483647;
@@ -50,7 +54,9 @@ protected:
     long long maxLength = NoLimit;
 };
 
-class CPasswordField : public CTextField {
+/// A password field: a text field whose items carry the password data type.
+/// Owned by the form's field list.
+class WEBSTEP_API CPasswordField : public CTextField {
 public:
     CFormField* Clone() const override { return new CPasswordField(*this); }
     CData::DataType GetDataType() const override { return CData::DT_PASSWORD; }

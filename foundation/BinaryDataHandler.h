@@ -2,9 +2,14 @@
 // Conversion between raw bytes and the printable script form, in which a byte
 // that cannot stand in a script string is written "\xHH" (upper-case hex) and
 // a backslash is doubled. Buffers handed to the caller are freed with free().
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
-class CBinaryDataHandler {
+/// Conversions between raw bytes and their printable script form (a byte that
+/// cannot stand in a C string literal written "\xHH", a backslash doubled).
+/// Stateless: every member is static. Buffers it allocates for the caller are
+/// freed with free(); a decode that runs out of memory returns -1.
+class WEBSTEP_API CBinaryDataHandler {
 public:
     CBinaryDataHandler& operator=(const CBinaryDataHandler&) { return *this; }
 
@@ -32,12 +37,12 @@ public:
 };
 
 // Free functions of the same names, forwarding to CBinaryDataHandler.
-int CharToHexa(char c);
-int GetEscapedChar(char* p);
-int ConvertAsciiToBinary(const char* text, char** result, bool unescapeBackslash);
-bool ConvertBinaryToAsciiEx(const unsigned char* data, unsigned int length, MString& out,
-                            bool checkOnly, bool keepText);
-bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, MString& out,
-                          bool checkOnly);
-bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, char* out,
-                          unsigned int* outLength, bool checkOnly);
+WEBSTEP_API int CharToHexa(char c);
+WEBSTEP_API int GetEscapedChar(char* p);
+WEBSTEP_API int ConvertAsciiToBinary(const char* text, char** result, bool unescapeBackslash);
+WEBSTEP_API bool ConvertBinaryToAsciiEx(const unsigned char* data, unsigned int length,
+                                        MString& out, bool checkOnly, bool keepText);
+WEBSTEP_API bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, MString& out,
+                                      bool checkOnly);
+WEBSTEP_API bool ConvertBinaryToAscii(const unsigned char* data, unsigned int length, char* out,
+                                      unsigned int* outLength, bool checkOnly);

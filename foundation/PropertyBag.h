@@ -3,9 +3,11 @@
 // attributes and error attributes live in them.
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
-struct PropertyRecord {
+/// One name/value pair of a property bag.
+struct WEBSTEP_API PropertyRecord {
     MString name;
     MString value;
 };
@@ -13,9 +15,9 @@ struct PropertyRecord {
 class CPropertyBagIterator;
 class CAttributeSet;
 
-// Records stay in insertion order and names may repeat; every lookup finds
-// the first record in list order. A null name or value counts as "".
-class CPropertyBag {
+/// Records stay in insertion order and names may repeat; every lookup finds
+/// the first record in list order. A null name or value counts as "".
+class WEBSTEP_API CPropertyBag {
 public:
     using RecordList = std::list<PropertyRecord>;
 
@@ -51,9 +53,9 @@ private:
     RecordList m_records;
 };
 
-// The attribute set of a step: one bag reached only through these
-// operations, plus a name-overlap match.
-class CAttributeSet : private CPropertyBag {
+/// The attribute set of a step: one bag reached only through these
+/// operations, plus a name-overlap match.
+class WEBSTEP_API CAttributeSet : private CPropertyBag {
 public:
     CAttributeSet() = default;
     explicit CAttributeSet(const CPropertyBag& bag) : CPropertyBag(bag) {}
@@ -79,9 +81,9 @@ private:
     friend class CPropertyBagIterator;
 };
 
-// Walks a bag forwards and backwards. The bag must outlive the iterator and
-// must not change while it is used.
-class CPropertyBagIterator {
+/// Walks a bag forwards and backwards. The bag must outlive the iterator and
+/// must not change while it is used.
+class WEBSTEP_API CPropertyBagIterator {
 public:
     explicit CPropertyBagIterator(const CPropertyBag& bag);
     explicit CPropertyBagIterator(const CAttributeSet& set);

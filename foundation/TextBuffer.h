@@ -6,10 +6,11 @@
 // Memory comes from malloc/realloc/free; allocation failures are not reported.
 #include <cstdlib>
 #include <vector>
+#include "webstep/foundation/Export.h"
 
-// A growable byte string that is always NUL-terminated. The block is always
-// capacity + 1 bytes; the capacity never starts below 256.
-class CTextBuffer {
+/// A growable byte string that is always NUL-terminated. The block is always
+/// capacity + 1 bytes; the capacity never starts below 256.
+class WEBSTEP_API CTextBuffer {
 public:
     static constexpr int kMinCapacity = 256;
 
@@ -54,10 +55,10 @@ private:
     int m_capacity;
 };
 
-// A scratch buffer that starts on 256 bytes of inline storage. Growing out of
-// the inline storage does not copy its contents: ask for the size you need
-// before writing.
-class StringBuffer {
+/// A scratch buffer that starts on 256 bytes of inline storage. Growing out of
+/// the inline storage does not copy its contents: ask for the size you need
+/// before writing.
+class WEBSTEP_API StringBuffer {
 public:
     static constexpr unsigned kInlineSize = 256;
 
@@ -78,9 +79,9 @@ private:
     char m_inline[kInlineSize];
 };
 
-// Temporarily overwrites one byte (typically with a NUL to cut a string) and
-// puts the original back when it goes out of scope.
-class SavedChar {
+/// Temporarily overwrites one byte (typically with a NUL to cut a string) and
+/// puts the original back when it goes out of scope.
+class WEBSTEP_API SavedChar {
 public:
     SavedChar(char* place, char c);
     SavedChar(const SavedChar&) = delete;
@@ -92,8 +93,8 @@ private:
     char* m_place;
 };
 
-// A stack of integers; -1 is the answer of an empty stack.
-struct StackOfInts {
+/// A stack of integers; -1 is the answer of an empty stack.
+struct WEBSTEP_API StackOfInts {
     void push(int v) { m_items.push_back(v); }
     int pop();
     int get() const { return m_items.empty() ? -1 : m_items.back(); }
@@ -105,8 +106,8 @@ private:
     std::vector<int> m_items;
 };
 
-// An owning array of object pointers that grows by a fixed step. Items are
-// deleted through their (virtual) destructor by cleanup() and the destructor.
+/// An owning array of object pointers that grows by a fixed step. Items are
+/// deleted through their (virtual) destructor by cleanup() and the destructor.
 template <class T>
 class ArrayOfPointers {
 public:

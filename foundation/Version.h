@@ -1,5 +1,6 @@
 #pragma once
 // The library's version, as built.
+#include "webstep/foundation/Export.h"
 namespace webstep {
-const char* GetVersion();
+WEBSTEP_API const char* GetVersion();
 }

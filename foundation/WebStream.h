@@ -10,11 +10,15 @@
 // stream is destroyed first. Map of an empty stream gives null, like locking
 // a zero-sized global block. Streams may be used from several threads, but
 // one stream by one thread at a time.
+#include "webstep/foundation/Export.h"
 
 // The stream's interface type; opaque on this platform.
 struct IStream;
 
-class CWebStream {
+/// Static functions over stream handles: Create gives a handle (null on
+/// failure) that the caller releases with Destroy; every other call on a null
+/// handle fails (false or 0). A view from Map is released with Unmap.
+class WEBSTEP_API CWebStream {
 public:
     CWebStream& operator=(const CWebStream&) { return *this; }
 

@@ -3,6 +3,7 @@
 // Every platform function that fails sets it; callers read it right after the
 // failing call. Shared by all platform services of this layer.
 #include <cstdint>
+#include "webstep/foundation/Export.h"
 
 namespace webstep::platform {
 
@@ -15,7 +16,7 @@ constexpr DWORD ERROR_INSUFFICIENT_BUFFER = 122;
 constexpr DWORD ERROR_INTERNET_INVALID_URL = 12005;
 constexpr DWORD ERROR_INTERNET_UNRECOGNIZED_SCHEME = 12006;
 
-DWORD GetLastError();
-void SetLastError(DWORD error);
+WEBSTEP_API DWORD GetLastError();
+WEBSTEP_API void SetLastError(DWORD error);
 
 }  // namespace webstep::platform

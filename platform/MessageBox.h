@@ -3,6 +3,7 @@
 // of its own; the box is forwarded to a replaceable sink, which by default
 // writes the caption and the text to standard error and answers IDOK.
 #include <functional>
+#include "webstep/foundation/Export.h"
 
 namespace webstep::platform {
 
@@ -28,14 +29,15 @@ using MessageBoxSink =
     std::function<int(void* owner, const char* text, const char* caption, unsigned int type)>;
 
 // Replaces the sink; an empty function restores the default. Thread-safe.
-void SetMessageBoxSink(MessageBoxSink sink);
+WEBSTEP_API void SetMessageBoxSink(MessageBoxSink sink);
 // The current sink (the default one when none was set).
-MessageBoxSink GetMessageBoxSink();
+WEBSTEP_API MessageBoxSink GetMessageBoxSink();
 // The default sink: writes "<caption>: <text>" and a newline to stderr.
-int DefaultMessageBoxSink(void* owner, const char* text, const char* caption, unsigned int type);
+WEBSTEP_API int DefaultMessageBoxSink(void* owner, const char* text, const char* caption,
+                                      unsigned int type);
 
 // Shows a message box through the sink. A null text or caption is shown as
 // empty text and the caption "Error", as the system does.
-int MessageBoxA(void* owner, const char* text, const char* caption, unsigned int type);
+WEBSTEP_API int MessageBoxA(void* owner, const char* text, const char* caption, unsigned int type);
 
 }  // namespace webstep::platform

@@ -7,6 +7,7 @@
 // shared by every CreateMutexA of that name in this process (there is no
 // sharing between processes). When a thread ends while it owns a mutex, the
 // next thread to acquire it gets WAIT_ABANDONED (and owns it).
+#include "webstep/foundation/Export.h"
 #include "webstep/platform/LastError.h"
 
 namespace webstep::platform {
@@ -25,16 +26,16 @@ constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 // (the last error is then ERROR_ALREADY_EXISTS, 183, else 0). With
 // initialOwner the calling thread owns a newly created mutex at once. The
 // security attributes are ignored. Never null.
-HANDLE CreateMutexA(void* securityAttributes, BOOL initialOwner, LPCSTR name);
+WEBSTEP_API HANDLE CreateMutexA(void* securityAttributes, BOOL initialOwner, LPCSTR name);
 // Acquires the mutex, waiting at most `milliseconds` (INFINITE: no limit;
 // 0: just try). WAIT_OBJECT_0, WAIT_ABANDONED, WAIT_TIMEOUT, or WAIT_FAILED
 // for a bad handle. The owner acquires again at once (the count rises).
-DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
+WEBSTEP_API DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
 // Lowers the owner's count, freeing the mutex at 0. Fails with
 // ERROR_NOT_OWNER (288) when the calling thread does not own it.
-BOOL ReleaseMutex(HANDLE handle);
+WEBSTEP_API BOOL ReleaseMutex(HANDLE handle);
 // Closes the handle; the mutex goes away with its last handle (ownership is
 // not released by closing). Fails for a bad handle.
-BOOL CloseHandle(HANDLE handle);
+WEBSTEP_API BOOL CloseHandle(HANDLE handle);
 
 }  // namespace webstep::platform

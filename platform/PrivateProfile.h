@@ -25,6 +25,7 @@
 // parameter) or 2 (file not found).
 #include <cstdint>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/platform/LastError.h"
 
 namespace webstep::platform {
@@ -45,15 +46,16 @@ using LPCSTR = const char*;
 //   When the list does not fit, it is cut, ended with two NULs, and the
 //   result is size - 2.
 // A null buffer or a size of 0 returns 0 and writes nothing.
-DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue, LPSTR buffer,
-                               DWORD size, LPCSTR fileName);
+WEBSTEP_API DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue,
+                                           LPSTR buffer, DWORD size, LPCSTR fileName);
 
 // The key's value read as an integer: leading white space, an optional sign,
 // an optional prefix "0x" (hex), "0o" (octal) or "0b" (binary), then digits
 // up to the first that does not belong to the base; the value wraps modulo
 // 2^32 ("0" when there are no digits). The default when the key is missing,
 // has no value or an empty one, or the file is missing.
-UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultValue, LPCSTR fileName);
+WEBSTEP_API UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultValue,
+                                       LPCSTR fileName);
 
 // Sets section/key to value, creating the file, the section and the key as
 // needed. A NULL key deletes every section of that name; a NULL value deletes
@@ -61,6 +63,7 @@ UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultValue, LPCSTR 
 // ERROR_FILE_NOT_FOUND, except that all three NULL (a cache flush on
 // Windows) succeeds and does nothing. Deleting what does not exist succeeds
 // and leaves the file (or its absence) untouched. Returns nonzero on success.
-BOOL WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR fileName);
+WEBSTEP_API BOOL WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value,
+                                            LPCSTR fileName);
 
 }  // namespace webstep::platform

@@ -18,29 +18,30 @@
 // with "%" escapes, so any byte string (spaces at the ends, line breaks)
 // survives. Every write replaces the file as a whole (the old or the new file,
 // never a mix). Value names and key paths may hold any bytes but NUL.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
 namespace webstep::platform {
 
 // null or "" returns to /etc/mime.types.
-void SetMimeTypesPath(const char* path);
-MString GetMimeTypesPath();
+WEBSTEP_API void SetMimeTypesPath(const char* path);
+WEBSTEP_API MString GetMimeTypesPath();
 // "image/gif" -> ".gif" (with the dot); false when unknown.
-bool GetExtensionFromContentType(const char* contentType, MString& extension);
+WEBSTEP_API bool GetExtensionFromContentType(const char* contentType, MString& extension);
 // ".gif" or "gif" -> "image/gif"; false when unknown.
-bool GetContentTypeFromExtension(const char* extension, MString& contentType);
+WEBSTEP_API bool GetContentTypeFromExtension(const char* extension, MString& contentType);
 
 // null or "" returns to the default location.
-void SetRegistryPath(const char* path);
-MString GetRegistryPath();
+WEBSTEP_API void SetRegistryPath(const char* path);
+WEBSTEP_API MString GetRegistryPath();
 // False (value untouched) when the key path or value is missing.
-bool RegistryGetString(const char* keyPath, const char* valueName, MString& value);
+WEBSTEP_API bool RegistryGetString(const char* keyPath, const char* valueName, MString& value);
 // Creates the key path and the value as needed; false when the file cannot
 // be written.
-bool RegistrySetString(const char* keyPath, const char* valueName, const char* value);
+WEBSTEP_API bool RegistrySetString(const char* keyPath, const char* valueName, const char* value);
 // True also when there was nothing to delete.
-bool RegistryDeleteValue(const char* keyPath, const char* valueName);
+WEBSTEP_API bool RegistryDeleteValue(const char* keyPath, const char* valueName);
 // Deletes the key path with all its values.
-bool RegistryDeleteKey(const char* keyPath);
+WEBSTEP_API bool RegistryDeleteKey(const char* keyPath);
 
 }  // namespace webstep::platform

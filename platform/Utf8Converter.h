@@ -1,6 +1,7 @@
 #pragma once
 // UTF-8 input: converting UTF-8 text, possibly arriving in chunks, to the
 // process multi-byte code page (see CodePage.h) through UTF-16, on ICU.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
 // ICU's converter; declared here so that callers need not include ICU.
@@ -10,7 +11,7 @@ namespace webstep::platform {
 
 // Opens a converter on "utf-8"; null on failure. Malformed UTF-8 converts to
 // "?". Close it with WrUtilsCloseUTF8Converter.
-UConverter* WrUtilsGetUTF8Converter();
+WEBSTEP_API UConverter* WrUtilsGetUTF8Converter();
 
 // Converts a chunk of UTF-8 to the process code page into out (replacing its
 // contents). The converter keeps an incomplete character at the end of a
@@ -18,14 +19,14 @@ UConverter* WrUtilsGetUTF8Converter();
 // two chunks converts whole. Characters that the code page cannot represent
 // become "?". False (out empty) when the converter is null or the code page
 // has no converter.
-bool WrUtilsUtf8ToMb_Statefull(UConverter* converter, const MString& in, MString& out);
+WEBSTEP_API bool WrUtilsUtf8ToMb_Statefull(UConverter* converter, const MString& in, MString& out);
 
 // Ends a stream: an incomplete character still held by the converter
 // becomes "?" in out (empty when none), and the converter is ready for a new
 // stream.
-bool WrUtilsUtf8ToMb_Flush(UConverter* converter, MString& out);
+WEBSTEP_API bool WrUtilsUtf8ToMb_Flush(UConverter* converter, MString& out);
 
 // Closes the converter; null is accepted.
-void WrUtilsCloseUTF8Converter(UConverter* converter);
+WEBSTEP_API void WrUtilsCloseUTF8Converter(UConverter* converter);
 
 }  // namespace webstep::platform

@@ -5,6 +5,7 @@
 // strings are processed as they stand (single-byte code page semantics).
 #include <cstdint>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/platform/LastError.h"
 
 namespace webstep::platform {
@@ -53,11 +54,11 @@ constexpr DWORD ICU_BROWSER_MODE = 0x02000000;
 constexpr DWORD ICU_ENCODE_PERCENT = 0x00001000;
 constexpr DWORD ICU_ESCAPE = 0x80000000;
 
-// The components record. A component whose pointer is null and whose length
-// is not zero is returned as a pointer into the URL text plus a length; one
-// with a caller buffer (pointer and its size) is copied there with a NUL;
-// one with a null pointer and length 0 is not wanted.
-struct URL_COMPONENTSA {
+/// The components record. A component whose pointer is null and whose length
+/// is not zero is returned as a pointer into the URL text plus a length; one
+/// with a caller buffer (pointer and its size) is copied there with a NUL;
+/// one with a null pointer and length 0 is not wanted.
+struct WEBSTEP_API URL_COMPONENTSA {
     DWORD dwStructSize;
     LPSTR lpszScheme;
     DWORD dwSchemeLength;
@@ -82,19 +83,19 @@ constexpr DWORD URL_COMPONENTSA_SIZE32 = 60;
 // Splits a URL. dwUrlLength 0 means the text is NUL-terminated. Fails with
 // ERROR_INVALID_PARAMETER for a null/empty URL or a bad record and with
 // ERROR_INTERNET_UNRECOGNIZED_SCHEME when the text has no scheme.
-BOOL InternetCrackUrlA(LPCSTR lpszUrl, DWORD dwUrlLength, DWORD dwFlags,
-                       URL_COMPONENTSA* lpUrlComponents);
+WEBSTEP_API BOOL InternetCrackUrlA(LPCSTR lpszUrl, DWORD dwUrlLength, DWORD dwFlags,
+                                   URL_COMPONENTSA* lpUrlComponents);
 
 // Canonicalises a URL into lpszBuffer of *lpdwBufferLength bytes. On success
 // *lpdwBufferLength is the result length without the NUL; when the buffer is
 // too small it fails with ERROR_INSUFFICIENT_BUFFER and sets the size needed
 // including the NUL.
-BOOL InternetCanonicalizeUrlA(LPCSTR lpszUrl, LPSTR lpszBuffer, LPDWORD lpdwBufferLength,
-                              DWORD dwFlags);
+WEBSTEP_API BOOL InternetCanonicalizeUrlA(LPCSTR lpszUrl, LPSTR lpszBuffer,
+                                          LPDWORD lpdwBufferLength, DWORD dwFlags);
 
 // Resolves lpszRelativeUrl against lpszBaseUrl and canonicalises the result,
 // with the same buffer contract as InternetCanonicalizeUrlA.
-BOOL InternetCombineUrlA(LPCSTR lpszBaseUrl, LPCSTR lpszRelativeUrl, LPSTR lpszBuffer,
-                         LPDWORD lpdwBufferLength, DWORD dwFlags);
+WEBSTEP_API BOOL InternetCombineUrlA(LPCSTR lpszBaseUrl, LPCSTR lpszRelativeUrl, LPSTR lpszBuffer,
+                                     LPDWORD lpdwBufferLength, DWORD dwFlags);
 
 }  // namespace webstep::platform

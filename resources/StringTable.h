@@ -4,6 +4,7 @@
 // process code page the way the platform's string loader would deliver them.
 // An English rendering of each message is kept beside it, outside the table.
 #include <cstddef>
+#include "webstep/foundation/Export.h"
 
 namespace webstep::resources {
 
@@ -12,10 +13,10 @@ constexpr unsigned int kFirstStringId = 22;
 constexpr unsigned int kLastStringId = 37;
 
 // The UTF-8 text stored under the identifier, or null when there is none.
-const char* FindStringUtf8(unsigned int id);
+WEBSTEP_API const char* FindStringUtf8(unsigned int id);
 
 // The English rendering of the string under the identifier (ASCII), or null.
-const char* FindEnglishString(unsigned int id);
+WEBSTEP_API const char* FindEnglishString(unsigned int id);
 
 // Copies the string under the identifier, converted to the given code page
 // (0: the process code page), into buffer: at most size bytes including the
@@ -24,7 +25,7 @@ const char* FindEnglishString(unsigned int id);
 // unknown (buffer untouched), the buffer is null, or no character fits (the
 // buffer then holds an empty text when size is at least 1). Characters that
 // the code page cannot represent become "?".
-std::size_t LoadStringA(unsigned int id, char* buffer, unsigned long size,
-                        unsigned int codePage = 0);
+WEBSTEP_API std::size_t LoadStringA(unsigned int id, char* buffer, unsigned long size,
+                                    unsigned int codePage = 0);
 
 }  // namespace webstep::resources

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(cmake g++ make flex libfl-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev
-          nlohmann-json3-dev libcli11-dev pkg-config media-types)
+          nlohmann-json3-dev libcli11-dev pkg-config media-types help2man)
 missing=()
 for p in "${packages[@]}"; do
   if ! dpkg -s "$p" >/dev/null 2>&1 || ! dpkg -s "$p" 2>/dev/null | grep -q '^Status: install ok installed'; then

@@ -1,9 +1,13 @@
 #pragma once
 // Which browser program a recording starts: the system's default browser or
 // an explicit path, started by the library or by hand.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
-class CBrowserSettings {
+/// The browser a recording starts: the system default or an explicit program
+/// path, and whether the library or the user starts it. A value class; reading
+/// the system default never fails (an empty path when none is found).
+class WEBSTEP_API CBrowserSettings {
 public:
     CBrowserSettings();
     CBrowserSettings(const CBrowserSettings& other);

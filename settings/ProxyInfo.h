@@ -1,9 +1,13 @@
 #pragma once
 // How a virtual user reaches the network: directly, through HTTP/HTTPS
 // proxies, or through an auto-configuration script.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
-class CProxyInfo {
+/// Proxy settings of a virtual user: access type, HTTP and HTTPS proxy hosts
+/// and ports, bypass list, local-address switch and auto-configuration script.
+/// A value class held by CRunTimeSettings; setters store what they are given.
+class WEBSTEP_API CProxyInfo {
 public:
     // Access type 1 is direct access; every other value means a proxy.
     static constexpr unsigned long DirectAccess = 1;

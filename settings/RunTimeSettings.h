@@ -1,10 +1,16 @@
 #pragma once
 // The web run-time settings of one script, kept in the "WEB" section of the
 // script's settings file.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/settings/ProxyInfo.h"
 
-class CRunTimeSettings {
+/// The web run-time settings of one script. A value class that starts on the
+/// defaults. Setters of constrained values (browser id, HTTP version) return
+/// false and keep the old value for a value outside their set; the others
+/// always return true. ReadFromFile never fails: what is missing or unreadable
+/// keeps its default. SaveToFile rewrites the "WEB" section only.
+class WEBSTEP_API CRunTimeSettings {
 public:
     CRunTimeSettings();
     CRunTimeSettings(const CRunTimeSettings& other);
