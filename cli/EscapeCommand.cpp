@@ -82,6 +82,12 @@ void AddEscapeCommands(CLI::App& app, int* exitCode) {
     escape->add_flag("--keep-text,!--no-keep-text", options->keepText,
                      "Keep printable characters as they are (default); --no-keep-text escapes "
                      "every single-byte character");
+    escape->footer(
+        "Examples:\n"
+        "  webstep escape < body.bin > body.txt        bytes to script text\n"
+        "  webstep escape --check < body.bin           only the answer: exit 0 or 1\n"
+        "  webstep escape --keep-text < body.bin       printable characters kept (default)\n"
+        "  webstep escape --no-keep-text < body.bin    every single-byte character as \\xHH");
     escape->callback([options, exitCode] { *exitCode = RunEscape(*options); });
 
     auto unescapeBackslash = std::make_shared<bool>(true);
@@ -92,6 +98,10 @@ void AddEscapeCommands(CLI::App& app, int* exitCode) {
         "  example: webstep unescape < body.txt > body.bin");
     unescape->add_flag("!--keep-double-backslash", *unescapeBackslash,
                        "Leave a doubled backslash as two backslashes");
+    unescape->footer(
+        "Examples:\n"
+        "  webstep unescape < body.txt > body.bin\n"
+        "  webstep unescape --keep-double-backslash < body.txt > body.bin");
     unescape->callback(
         [unescapeBackslash, exitCode] { *exitCode = RunUnescape(*unescapeBackslash); });
 }

@@ -137,6 +137,11 @@ void AddFormCommand(CLI::App& app, int* exitCode) {
         ->excludes(number);
     form->add_option("--item", options->items, "NAME=VALUE to set; may be repeated");
     form->add_flag("--default", options->defaults, "Send the page's default values");
+    form->footer(
+        "Examples:\n"
+        "  webstep form data/t1.html                                  first form, default values\n"
+        "  webstep form data/t2.html --form 2 --default               the second form's defaults\n"
+        "  webstep form data/t2.html --action login --item card=12345 --item pin=0000");
     form->callback([options, exitCode] { *exitCode = RunForm(*options); });
 }
 

@@ -58,6 +58,10 @@ void AddPageCommand(CLI::App& app, int* exitCode) {
         "  example: webstep page --json data/t3.html");
     page->add_option("FILE", options->file, "The HTML page")->required();
     page->add_flag("--json", options->json, "Print the model as one JSON object");
+    page->footer(
+        "Examples:\n"
+        "  webstep page data/t3.html\n"
+        "  webstep page --json data/t3.html");
     page->callback([options, exitCode] { *exitCode = RunPage(*options); });
 }
 

@@ -245,6 +245,11 @@ void AddSettingsCommand(CLI::App& app, int* exitCode) {
                          "Key=Value to change (keys as in the file, e.g. HttpVer, KeepAlive, "
                          "BrowserType, ProxyHTTPHost); may be repeated");
     settings->add_flag("--json", options->json, "Print the settings as one JSON object");
+    settings->footer(
+        "Examples:\n"
+        "  webstep settings default.cfg\n"
+        "  webstep settings --json default.cfg\n"
+        "  webstep settings default.cfg --set HttpVer=1.1 --set KeepAlive=No");
     settings->callback([options, exitCode] { *exitCode = RunSettings(*options); });
 }
 

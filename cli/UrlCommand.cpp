@@ -158,6 +158,12 @@ void AddUrlCommand(CLI::App& app, int* exitCode) {
     CLI::App* url =
         app.add_subcommand("url", "Split, combine and canonicalise URLs the way a replay does");
     url->require_subcommand(1, 1);
+    url->footer(
+        "Examples:\n"
+        "  webstep url crack 'http://user:pw@example.com:8080/a/b?q=1#top'\n"
+        "  webstep url combine http://example.com/a/b/c ../d?x=1\n"
+        "  webstep url canon 'http://example.com/a/./b/../c'\n"
+        "Each command's --help lists its options.");
 
     CLI::App* crack = url->add_subcommand(
         "crack",
@@ -165,6 +171,10 @@ void AddUrlCommand(CLI::App& app, int* exitCode) {
         "  example: webstep url crack 'http://user:pw@example.com:8080/a/b?q=1#top'");
     crack->add_option("URL", options->url, "The URL to split")->required();
     crack->add_flag("--json", options->json, "Print the parts as a JSON object");
+    crack->footer(
+        "Examples:\n"
+        "  webstep url crack 'http://user:pw@example.com:8080/a/b?q=1#top'\n"
+        "  webstep url crack --json https://example.com/");
     crack->callback([options, exitCode] { *exitCode = RunCrack(*options); });
 
     CLI::App* combine =
@@ -174,6 +184,10 @@ void AddUrlCommand(CLI::App& app, int* exitCode) {
     combine->add_option("BASE", options->base, "The base URL")->required();
     combine->add_option("REL", options->relative, "The relative URL")->required();
     combine->add_flag("--json", options->json, "Print the result as a JSON object");
+    combine->footer(
+        "Examples:\n"
+        "  webstep url combine http://example.com/a/b/c ../d?x=1\n"
+        "  webstep url combine --json http://example.com/a/ 'e f.html'");
     combine->callback([options, exitCode] { *exitCode = RunCombine(*options); });
 
     CLI::App* canon =
@@ -182,6 +196,10 @@ void AddUrlCommand(CLI::App& app, int* exitCode) {
                             "  example: webstep url canon 'http://example.com/a/./b/../c'");
     canon->add_option("URL", options->url, "The URL to canonicalise")->required();
     canon->add_flag("--json", options->json, "Print the result as a JSON object");
+    canon->footer(
+        "Examples:\n"
+        "  webstep url canon 'http://example.com/a/./b/../c'\n"
+        "  webstep url canon --json 'http://example.com/a\\b'");
     canon->callback([options, exitCode] { *exitCode = RunCanon(*options); });
 }
 

@@ -12,11 +12,56 @@
 
 #include <iostream>
 
+#include <string>
+#include <vector>
+
+namespace {
+
+// A command-line error names what was wrong and where the right form is: the
+// commands that exist, or the help of the command given, which lists every
+// option with an example.
+std::string DescribeUsageError(const CLI::App* top, const CLI::Error& error) {
+    const CLI::App* where = top;
+    std::string command = "webstep";
+    for (;;) {
+        auto parsed = where->get_subcommands();
+        if (parsed.empty())
+            break;
+        where = parsed.front();
+        command += " " + where->get_name();
+    }
+    std::string text = command + ": " + error.what() + "\n";
+    std::vector<std::string> unknown = where->remaining();
+    if (where == top && !unknown.empty())
+        text = command + ": \"" + unknown.front() + "\" is not a command\n";
+    if (where == top) {
+        text += "commands:";
+        for (const CLI::App* sub : top->get_subcommands([](const CLI::App*) { return true; }))
+            text += " " + sub->get_name();
+        text += "\n";
+    }
+    text += "Run \"" + command + " --help\" for every option with an example.\n";
+    return text;
+}
+
+}  // namespace
 int main(int argc, char** argv) {
     CLI::App app{"webstep: check, inspect and convert load-test web scripts on Linux"};
     app.set_version_flag("--version", std::string("webstep ") + webstep::GetVersion());
     app.require_subcommand(1, 1);
     int exitCode = 0;
+    app.failure_message(DescribeUsageError);
+    app.footer(
+        "Examples:\n"
+        "  webstep lint examples/library-loans\n"
+        "  webstep steps --json examples/library-loans\n"
+        "  webstep page data/t3.html\n"
+        "  webstep form data/t1.html --item card=12345\n"
+        "  webstep url crack http://example.com:8080/a?q=1\n"
+        "  webstep settings default.cfg --set HttpVer=1.1\n"
+        "  webstep escape < body.bin > body.txt\n"
+        "  webstep --version\n"
+        "Each command's --help lists its options with examples; \"man webstep\" has them all.");
     webstep::cli::AddEscapeCommands(app, &exitCode);
     webstep::cli::AddUrlCommand(app, &exitCode);
     webstep::cli::AddLintCommand(app, &exitCode);
