@@ -15,6 +15,9 @@ namespace webstep::cli {
 namespace {
 
 struct LintOptions {
+    // Only the 49 step functions of the script grammar; the extended set
+    // (web_reg_save_param_ex, web_rest, ...) is then reported as unknown.
+    bool specOnly = false;
     std::vector<std::string> paths;
     bool json = false;
     std::string lang = "zh";
@@ -83,6 +86,16 @@ OrderedJson FindingJson(const Finding& finding) {
                        {"labels", labels}};
 }
 
+bool IsSectionKeyword(const MString& text) {
+    static const char* const keywords[] = {"SEARCH_FILTERS", "HEADERS",         "ENDHEADER",
+                                           "SOURCES",        "BEGIN_ARGUMENTS", "END_ARGUMENTS",
+                                           "BEGIN_RESULT",   "END_RESULT"};
+    for (const char* keyword : keywords)
+        if (text == keyword)
+            return true;
+    return false;
+}
+
 void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& runner, bool english,
                std::vector<Finding>& findings, size_t& calls) {
     if (call.kind == EScriptCallKind::UnknownFunction) {
@@ -100,9 +113,38 @@ void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& run
     if (call.kind != EScriptCallKind::Step)
         return;
     ++calls;
+    if (call.returnValueUsed)
+        findings.push_back({file,
+                            call.line,
+                            call.column,
+                            "warning",
+                            "return-value-used",
+                            "the value of " + call.function +
+                                " is used (assigned, compared, tested or passed on); only the step "
+                                "is checked",
+                            "",
+                            call.function,
+                            {}});
     for (size_t i = 0; i < call.arguments.size(); ++i) {
         const ScriptArgument& argument = call.arguments[i];
+        if (argument.mergedLine != 0)
+            findings.push_back({file,
+                                argument.mergedLine,
+                                argument.mergedColumn,
+                                "warning",
+                                "merged-attributes",
+                                "argument " + std::to_string(i) +
+                                    " joins adjacent literals that each look like Name=Value; a "
+                                    "comma may be missing",
+                                "",
+                                call.function,
+                                {{"text", argument.value}}});
         if (!argument.IsOpaque())
+            continue;
+        // The section keywords of the extended set are macros: bare names
+        // are how scripts write them, not a value to look at.
+        if (runner.IsExtended() && CStepRunner::IsExtendedFunction(call.function) &&
+            IsSectionKeyword(argument.value))
             continue;
         findings.push_back(
             {file,
@@ -160,8 +202,8 @@ int RunLint(const LintOptions& options) {
     std::vector<std::string> problems;
     CollectActionFiles(options.paths, files, problems);
 
-    CScriptReader reader;
-    CStepRunner runner;
+    CStepRunner runner(!options.specOnly);
+    const CScriptReader reader = runner.MakeReader();
     std::vector<Finding> findings;
     size_t calls = 0;
     size_t filesRead = 0;
@@ -248,10 +290,20 @@ void AddLintCommand(CLI::App& app, int* exitCode) {
         "exit status 0 when clean, 1 when errors were found, 2 on usage or I/O errors");
     lint->add_option("paths", options->paths, "Action files or script folders")->required();
     lint->add_flag("--json", options->json, "Print the findings and the summary as JSON");
+    lint->add_flag("--spec-only", options->specOnly,
+                   "Check with the 49 step functions of the script grammar only; calls of the "
+                   "extended set (web_reg_save_param_ex, web_rest, web_js_run, ...) are then "
+                   "reported as unknown functions");
     lint->add_option("--lang", options->lang,
                      "Language of the error messages: zh (the message table, in the process code "
                      "page) or en")
         ->check(CLI::IsMember({"zh", "en"}));
+    lint->footer(
+        "Examples:\n"
+        "  webstep lint examples/library-loans         every .c file below the folder\n"
+        "  webstep lint --lang en init.c action.c      English messages\n"
+        "  webstep lint --json scripts/ > lint.json\n"
+        "  webstep lint --spec-only scripts/          only the 49 step functions");
     lint->callback([options, exitCode]() { *exitCode = RunLint(*options); });
 }
 

@@ -135,8 +135,27 @@ void CollectActionFiles(const std::vector<std::string>& paths, std::vector<std::
     }
 }
 
-CStepRunner::CStepRunner() {
+CStepRunner::CStepRunner(bool extended) : m_Extended(extended) {
     CWebStepParse::UpdateRepository(m_Repository);
+    for (const MString& name : CScriptReader::GetStepFunctionNames())
+        m_Names.insert(name);
+    if (extended) {
+        CWebStepParse::UpdateRepositoryExtended(m_Repository);
+        for (const char* const* name = CWebStepParse::GetExtendedFunctionNames(); *name; ++name)
+            m_Names.insert(*name);
+    }
+}
+
+bool CStepRunner::IsExtendedFunction(const MString& function) {
+    for (const char* const* name = CWebStepParse::GetExtendedFunctionNames(); *name; ++name)
+        if (function == *name)
+            return true;
+    return false;
+}
+
+CScriptReader CStepRunner::MakeReader() const {
+    const std::set<MString>* names = &m_Names;
+    return CScriptReader([names](const MString& name) { return names->count(name) != 0; });
 }
 
 ParsedStep CStepRunner::Parse(const ScriptCall& call) {

@@ -3,6 +3,7 @@
 // files of the paths a user names, parsing each step call through the parser
 // repository, and printing script bytes readably as text or JSON.
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,14 +35,27 @@ struct ParsedStep {
 
 // Parses step calls as the tool's programs do: the repository is filled once,
 // each call gets a fresh parser and its arguments in array mode with the
-// step-creation flag (the first argument being the step name).
+// step-creation flag (the first argument being the step name). By default the
+// repository holds the 49 step functions of the script grammar and the
+// extended set that current script versions call; spec-only keeps the 49.
 class CStepRunner {
 public:
-    CStepRunner();
+    explicit CStepRunner(bool extended = true);
     ParsedStep Parse(const ScriptCall& call);
+
+    bool IsExtended() const { return m_Extended; }
+    // Whether the repository has a parser for the function.
+    bool IsKnown(const MString& function) const { return m_Names.count(function) != 0; }
+    // Whether the function belongs to the extended set (known or not here).
+    static bool IsExtendedFunction(const MString& function);
+    // A script reader that takes the repository's functions for step calls
+    // (other web_ names are unknown functions).
+    CScriptReader MakeReader() const;
 
 private:
     CObjectRepository m_Repository;
+    std::set<MString> m_Names;
+    bool m_Extended;
 };
 
 // The 0-based index of the argument an error points at, from its "argument"

@@ -14,6 +14,9 @@ namespace webstep::cli {
 namespace {
 
 struct StepsOptions {
+    // Only the 49 step functions of the script grammar; the extended set
+    // (web_reg_save_param_ex, web_rest, ...) is then reported as unknown.
+    bool specOnly = false;
     std::vector<std::string> paths;
     bool json = false;
 };
@@ -126,8 +129,8 @@ int RunSteps(const StepsOptions& options) {
     std::vector<std::string> files;
     std::vector<std::string> problems;
     CollectActionFiles(options.paths, files, problems);
-    CScriptReader reader;
-    CStepRunner runner;
+    CStepRunner runner(!options.specOnly);
+    const CScriptReader reader = runner.MakeReader();
     ScriptReadResult result;
     OrderedJson jsonFiles = OrderedJson::array();
     bool failed = false;
@@ -219,6 +222,14 @@ void AddStepsCommand(CLI::App& app, int* exitCode) {
         "exit status 1 when a step does not parse, 2 on usage or I/O errors");
     steps->add_option("paths", options->paths, "Action files or script folders")->required();
     steps->add_flag("--json", options->json, "Print the steps as JSON");
+    steps->add_flag("--spec-only", options->specOnly,
+                    "Parse with the 49 step functions of the script grammar only; the extended "
+                    "set (web_reg_save_param_ex, web_rest, web_js_run, ...) is then unknown");
+    steps->footer(
+        "Examples:\n"
+        "  webstep steps examples/library-loans/init.c\n"
+        "  webstep steps --json examples/library-loans > steps.json\n"
+        "  webstep steps --spec-only examples/library-loans");
     steps->callback([options, exitCode]() { *exitCode = RunSteps(*options); });
 }
 

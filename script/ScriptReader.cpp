@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cctype>
 #include <cstring>
 #include <iterator>
 #include <string_view>
@@ -67,6 +68,23 @@ const char* const kStepFunctions[] = {
     "silverlight_web_request",
 };
 
+// A literal that begins like an attribute: a name of letters, digits and
+// underscores (options after slashes allowed) and an equals sign. A literal
+// that ends with "&", ";", "," or a space continues a value (a query, a
+// cookie list) and is not taken as a whole attribute.
+bool LooksLikeAttribute(const char* text, size_t length) {
+    size_t i = 0;
+    if (length == 0 || !std::isalpha(static_cast<unsigned char>(text[0])))
+        return false;
+    while (i < length && i < 64 &&
+           (std::isalnum(static_cast<unsigned char>(text[i])) || text[i] == '_' || text[i] == '/'))
+        ++i;
+    if (i >= length || text[i] != '=')
+        return false;
+    const char last = text[length - 1];
+    return last != '&' && last != ';' && last != ',' && last != ' ';
+}
+
 bool TextEquals(const char* data, size_t length, const char* word) {
     return std::strlen(word) == length && std::memcmp(data, word, length) == 0;
 }
@@ -86,6 +104,10 @@ struct ArgumentState {
     unsigned int column = 0;
     bool allStrings = true;
     bool marker = false;
+    // Whether the last token was a literal that looks like "Name=Value".
+    bool lastLooksLikeAttribute = false;
+    unsigned int mergedLine = 0;
+    unsigned int mergedColumn = 0;
     MString decoded;
 };
 
@@ -242,21 +264,30 @@ void CReadPass::AddToArgument(const ScriptToken& token) {
     if (token.kind == EScriptTokenKind::String && a.allStrings) {
         // Each literal is decoded on its own, then appended, as C does with
         // adjacent literals.
+        const bool follows = a.tokens > 1 && a.lastLooksLikeAttribute;
         if (!token.escaped && !token.holdsNul && !token.unterminated) {
             // Without a backslash the decoding copies every byte (a lead byte
             // with its trail byte too): the value is the text between the
             // quotes, taken without a copy of the token.
+            a.lastLooksLikeAttribute =
+                LooksLikeAttribute(m_pData + token.offset + 1, token.length - 2);
             a.decoded.append(m_pData + token.offset + 1, token.length - 2);
         } else {
             CScriptLexer::GetLiteralText(m_pData, token, m_Literal);
             CWebStepScript::SetTokenValue(m_Literal.c_str(), m_Decoded);
+            a.lastLooksLikeAttribute = LooksLikeAttribute(m_Decoded.data(), m_Decoded.size());
             if (a.decoded.empty())
                 a.decoded.swap(m_Decoded);
             else
                 a.decoded.append(m_Decoded);
         }
+        if (follows && a.lastLooksLikeAttribute && a.mergedLine == 0) {
+            a.mergedLine = token.line;
+            a.mergedColumn = token.column;
+        }
     } else {
         a.allStrings = false;
+        a.lastLooksLikeAttribute = false;
         a.decoded.clear();
     }
     a.marker = a.tokens == 1 && token.kind == EScriptTokenKind::Identifier &&
@@ -281,6 +312,8 @@ void CReadPass::FinishArgument(OpenCall& call, const ScriptToken& at, bool closi
     if (a.allStrings) {
         argument.kind = EScriptArgumentKind::Literal;
         argument.value.swap(a.decoded);
+        argument.mergedLine = a.mergedLine;
+        argument.mergedColumn = a.mergedColumn;
     } else if (a.marker) {
         argument.kind = EScriptArgumentKind::Marker;
         argument.value.assign(m_pData + a.start, a.end - a.start);
@@ -360,6 +393,19 @@ void CReadPass::Compact() {
     m_Result.calls.resize(kept);
 }
 
+// Whether a call whose name follows this token has its value used: after an
+// operator, "(" (a condition or an argument), "," or "return". After ";",
+// "{", "}", ")" (a cast to void, an if condition), ":" (a label or case), or
+// at the start, the value is dropped.
+bool IsValueUse(const char* data, const ScriptToken& previous) {
+    if (previous.kind == EScriptTokenKind::Punctuator) {
+        const char c = previous.punctuator;
+        return !(c == ';' || c == '{' || c == '}' || c == ')' || c == ':');
+    }
+    return previous.kind == EScriptTokenKind::Identifier &&
+           TextEquals(data + previous.offset, previous.length, "return");
+}
+
 void CReadPass::Run() {
     ScriptToken token;
     // The last token, for telling calls from declarations and member uses.
@@ -368,6 +414,7 @@ void CReadPass::Run() {
     bool candidate = false;
     EScriptCallKind candidateKind = EScriptCallKind::Step;
     ScriptToken candidateToken;
+    bool candidateValueUsed = false;
     for (;;) {
         m_Lexer.Next(token);
         if (m_Lexer.HasProblems())
@@ -391,9 +438,10 @@ void CReadPass::Run() {
             char c = token.punctuator;
             if (c == '(' || c == '[') {
                 AddToArgument(token);
-                if (opensCall)
+                if (opensCall) {
                     OpenCallFrame(candidateToken, candidateKind);
-                else
+                    m_Result.calls.back().returnValueUsed = candidateValueUsed;
+                } else
                     m_Frames.push_back({c, -1});
             } else if (c == ')' || c == ']') {
                 char open = c == ')' ? '(' : '[';
@@ -443,6 +491,7 @@ void CReadPass::Run() {
                 if (allowed && ClassifyCandidate(token, candidateKind)) {
                     candidate = true;
                     candidateToken = token;
+                    candidateValueUsed = IsValueUse(m_pData, previous);
                 }
             }
         }

@@ -58,6 +58,11 @@ struct ScriptArgument {
     // Position of the argument's first character.
     unsigned int line = 0;
     unsigned int column = 0;
+    // Position of the first literal of the argument that follows another
+    // literal, where both look like an attribute ("Name=Value"): usually a
+    // missing comma that merged two attributes into one. 0 when none.
+    unsigned int mergedLine = 0;
+    unsigned int mergedColumn = 0;
 
     bool IsLiteral() const { return kind == EScriptArgumentKind::Literal; }
     bool IsMarker() const { return kind == EScriptArgumentKind::Marker; }
@@ -81,6 +86,9 @@ struct ScriptCall {
     unsigned int column = 0;
     size_t offset = 0;
     std::vector<ScriptArgument> arguments;
+    // The call's value is used: assigned, compared, tested, returned or
+    // passed on (the name follows an operator, "(", "," or "return").
+    bool returnValueUsed = false;
 
     // The argument texts in order, the form CWebStepParse::ParseArguments
     // takes.
