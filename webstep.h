@@ -95,6 +95,7 @@
 #include "forms/RequestBody.h"
 #include "forms/Resource.h"
 #include "forms/SelectField.h"
+#include "forms/StepResolver.h"
 #include "forms/SubmitField.h"
 #include "forms/TextAreaField.h"
 #include "forms/TextTrim.h"
