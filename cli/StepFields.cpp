@@ -164,7 +164,34 @@ const ClassName theClassNames[] = {
     {"CWebStepConvertParam", Is<CWebStepConvertParam>},
     {"CWebStepConvertDateParam", Is<CWebStepConvertDateParam>},
     {"CWebStepSetCertificateEx", Is<CWebStepSetCertificateEx>},
+    {"CWebStepRegSaveParamEx", Is<CWebStepRegSaveParamEx>},
+    {"CWebStepRegSaveParamRegexp", Is<CWebStepRegSaveParamRegexp>},
+    {"CWebStepRegSaveParamJson", Is<CWebStepRegSaveParamJson>},
+    {"CWebStepRegSaveParamXpath", Is<CWebStepRegSaveParamXpath>},
+    {"CWebStepRegSaveParamAttrib", Is<CWebStepRegSaveParamAttrib>},
+    {"CWebStepSaveParamRule", Is<CWebStepSaveParamRule>},
+    {"CWebStepRest", Is<CWebStepRest>},
+    {"CWebStepJsRun", Is<CWebStepJsRun>},
+    {"CWebStepRegAsyncAttributes", Is<CWebStepRegAsyncAttributes>},
+    {"CWebStepStopAsync", Is<CWebStepStopAsync>},
+    {"CWebStepSync", Is<CWebStepSync>},
+    {"CWebStepAddAutoFilter", Is<CWebStepAddAutoFilter>},
+    {"CWebStepRemoveAutoFilter", Is<CWebStepRemoveAutoFilter>},
+    {"CWebStepAddFilter", Is<CWebStepAddFilter>},
+    {"CWebStepSetRtsKey", Is<CWebStepSetRtsKey>},
+    {"CWebStepConvertToFormatted", Is<CWebStepConvertToFormatted>},
+    {"CWebStepConvertFromFormatted", Is<CWebStepConvertFromFormatted>},
+    {"CWebStepServiceCall", Is<CWebStepServiceCall>},
+    {"CWebStepWebSocketConnect", Is<CWebStepWebSocketConnect>},
+    {"CWebStepWebSocketSend", Is<CWebStepWebSocketSend>},
+    {"CWebStepWebSocketClose", Is<CWebStepWebSocketClose>},
+    {"CWebStepDumpCache", Is<CWebStepDumpCache>},
+    {"CWebStepLoadCache", Is<CWebStepLoadCache>},
+    {"CWebStepRegCrossStepDownload", Is<CWebStepRegCrossStepDownload>},
     {"CWebStepWithAttributes", Is<CWebStepWithAttributes>},
+    {"CWebStepJsReset", Is<CWebStepJsReset>},
+    {"CWebStepSaveTimestampParam", Is<CWebStepSaveTimestampParam>},
+    {"CWebStepSaveParamLengthEx", Is<CWebStepSaveParamLengthEx>},
     {"CWebStepRegAddCookie", Is<CWebStepRegAddCookie>},
     {"CWebStepAddCookieEx", Is<CWebStepAddCookieEx>},
     {"CWebStepAddCookie", Is<CWebStepAddCookie>},
@@ -419,6 +446,55 @@ void ServiceStepFields(const CWebStepData& step, OrderedJson& out) {
     }
 }
 
+// The fields of the extended function set beyond the attribute set, which
+// AttributeStepFields lists already.
+void ExtendedStepFields(const CWebStepData& step, OrderedJson& out) {
+    if (const auto* rule = As<CWebStepSaveParamRule>(step)) {
+        out["param_name"] = JsonText(rule->GetParamName());
+        out["search_filters"] = Attributes(rule->GetSearchFilters());
+    }
+    if (const auto* ex = As<CWebStepRegSaveParamEx>(step)) {
+        out["left_flags"] = SearchFlags(ex->GetLeftBoundFlags());
+        out["right_flags"] = SearchFlags(ex->GetRightBoundFlags());
+    }
+    if (const auto* rest = As<CWebStepRest>(step)) {
+        OrderedJson headers = OrderedJson::array();
+        for (const auto& [name, value] : rest->GetHeaders())
+            headers.push_back(OrderedJson{{"name", JsonText(name)}, {"value", JsonText(value)}});
+        out["headers"] = headers;
+    }
+    if (const auto* js = As<CWebStepJsRun>(step)) {
+        OrderedJson sources = OrderedJson::array();
+        for (const MString& file : js->GetSources())
+            sources.push_back(JsonText(file));
+        out["sources"] = sources;
+    }
+    if (const auto* async = As<CWebStepRegAsyncAttributes>(step)) {
+        OrderedJson flags = OrderedJson::array();
+        if (async->GetUrlFlags() & AUF_REGULAR_EXPRESSION)
+            flags.push_back("RE");
+        if (async->GetUrlFlags() & AUF_IGNORE_CASE)
+            flags.push_back("IC");
+        out["url_flags"] = flags;
+    }
+    if (const auto* filter = As<CWebStepAddFilter>(step)) {
+        out["criterion"] = JsonText(filter->GetCriterion());
+        out["criterion_value"] = JsonText(filter->GetCriterionValue());
+    }
+    if (const auto* service = As<CWebStepServiceCall>(step)) {
+        out["arguments"] = Attributes(service->GetArguments());
+        out["results"] = Attributes(service->GetResults());
+    }
+    if (const auto* stamp = As<CWebStepSaveTimestampParam>(step))
+        out["param_name"] = JsonText(stamp->GetParamName());
+    if (const auto* length = As<CWebStepSaveParamLengthEx>(step))
+        out["param_name"] = JsonText(length->GetParamName());
+    if (const auto* dump = As<CWebStepDumpCache>(step))
+        out["param_name"] = JsonText(dump->GetParamName());
+    if (const auto* load = As<CWebStepLoadCache>(step))
+        out["param_name"] = JsonText(load->GetParamName());
+}
+
 }  // namespace
 
 const char* StepClassName(const CWebStepData& step) {
@@ -435,6 +511,7 @@ OrderedJson StepFields(const CWebStepData& step) {
     ActionFields(step, out);
     AttributeStepFields(step, out);
     ServiceStepFields(step, out);
+    ExtendedStepFields(step, out);
     return out;
 }
 
