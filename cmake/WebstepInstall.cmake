@@ -68,3 +68,17 @@ if(TARGET webstep_cli)
     message(WARNING "webstep: help2man not found, the man page is not built (scripts/bootstrap.sh installs it)")
   endif()
 endif()
+
+# The API reference, on request only (not part of "all").
+find_package(Doxygen QUIET)
+if(DOXYGEN_FOUND)
+  set(WEBSTEP_APIDOC_DIR ${PROJECT_BINARY_DIR}/apidoc)
+  set(WEBSTEP_APIDOC_INPUT ${PROJECT_SOURCE_DIR}/docs)
+  foreach(component IN LISTS WEBSTEP_COMPONENTS)
+    string(APPEND WEBSTEP_APIDOC_INPUT " ${PROJECT_SOURCE_DIR}/${component}")
+  endforeach()
+  configure_file(${PROJECT_SOURCE_DIR}/docs/Doxyfile.in ${PROJECT_BINARY_DIR}/Doxyfile @ONLY)
+  add_custom_target(webstep_apidoc
+    COMMAND ${DOXYGEN_EXECUTABLE} ${PROJECT_BINARY_DIR}/Doxyfile
+    COMMENT "Writing the API reference to ${WEBSTEP_APIDOC_DIR}/html" VERBATIM)
+endif()
