@@ -24,7 +24,7 @@ public:
 
     CContextTree* GetContextTree() const { return m_pContextTree; }
     void SetContextTree(CContextTree* tree) { m_pContextTree = tree; }
-    // Hands the current tree over to the caller and clears the field.
+    /// Hands the current tree over to the caller and clears the field.
     CContextTree* DetachContextTree() {
         CContextTree* tree = m_pContextTree;
         m_pContextTree = nullptr;
@@ -33,28 +33,28 @@ public:
     CContextTree* GetPrevContextTree() const { return m_pPrevContextTree; }
     void SetPrevContextTree(CContextTree* tree) { m_pPrevContextTree = tree; }
 
-    // The current tree's URL; without a current tree an empty, invalid URL.
+    /// The current tree's URL; without a current tree an empty, invalid URL.
     const CURLParser& GetUrl() const;
-    // Assigns the current tree's URL; false (nothing done) without one.
+    /// Assigns the current tree's URL; false (nothing done) without one.
     bool SetUrl(const CURLParser& url);
 
-    // Lock or unlock the current tree's node (waiting without limit); true
-    // without a current tree.
+    /// Lock or unlock the current tree's node (waiting without limit); true
+    /// without a current tree.
     bool LockTree();
     bool UnlockTree();
 
-    // A single new node made by the current tree's CreateObject, with its URL
-    // and a copy of its page (when the page can be copied); no children.
-    // Null without a current tree. The caller owns it.
+    /// A single new node made by the current tree's CreateObject, with its URL
+    /// and a copy of its page (when the page can be copied); no children.
+    /// Null without a current tree. The caller owns it.
     CContextTree* CreateTreeCopy() const;
 
-    // Writes the current value of the parameter named by value into result.
+    /// Writes the current value of the parameter named by value into result.
     virtual bool Parametrize(const MString& value, MString& result, bool isDataDriven) {
         return true;
     }
-    // Stores value as the current value of the named parameter.
+    /// Stores value as the current value of the named parameter.
     virtual bool AssignToParameter(const MString& name, const MString& value) { return true; }
-    // Forgets the previous tree (without deleting it).
+    /// Forgets the previous tree (without deleting it).
     virtual void Reset() { m_pPrevContextTree = nullptr; }
 
 private:

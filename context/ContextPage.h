@@ -23,8 +23,8 @@ class CHTMLScanner;
 /// given to, deletes it.
 class WEBSTEP_API CContextPage : public CHTMLPage {
 public:
-    // Scans length bytes of text (null or empty gives an empty page) with
-    // the link table (null: CHTMLVParser::linkDescriptor). Never null.
+    /// Scans length bytes of text (null or empty gives an empty page) with
+    /// the link table (null: CHTMLVParser::linkDescriptor). Never null.
     static CContextPage* Scan(const char* text, std::size_t length,
                               const LinkSpec* table = nullptr);
     static CContextPage* Scan(const MString& text, const LinkSpec* table = nullptr) {
@@ -35,8 +35,8 @@ public:
     CContextPage& operator=(const CContextPage&) = delete;
     ~CContextPage() override;
 
-    // A new page scanned from the same text with the same link table, with
-    // a scanner of its own.
+    /// A new page scanned from the same text with the same link table, with
+    /// a scanner of its own.
     CContextPage* clone() const override;
     const MString& text() const { return m_text; }
     CHTMLScanner* scanner() const { return m_scanner; }

@@ -26,31 +26,31 @@ class CHTMLVParser;
 class WEBSTEP_API CContextTree {
 public:
     CContextTree();
-    // A tree owns its children and its lock: it is copied only through
-    // CContext::CreateTreeCopy (a single node).
+    /// A tree owns its children and its lock: it is copied only through
+    /// CContext::CreateTreeCopy (a single node).
     CContextTree(const CContextTree&) = delete;
     CContextTree& operator=(const CContextTree&) = delete;
-    // Destroys the page and purges the children (see PurgeChildren), one
-    // level of recursion per level of the tree.
+    /// Destroys the page and purges the children (see PurgeChildren), one
+    /// level of recursion per level of the tree.
     virtual ~CContextTree();
 
     const MString& GetRelFrameId() const { return m_RelFrameId; }
     const CURLParser& GetUrl() const { return m_Url; }
     void SetUrl(const CURLParser& url) { m_Url = url; }
 
-    // The page, owned by the node; null when the node has none. The tree
-    // asks it only through the page facade (isEmpty, nLinks/link,
-    // isFrameSet, isFrame, clone).
+    /// The page, owned by the node; null when the node has none. The tree
+    /// asks it only through the page facade (isEmpty, nLinks/link,
+    /// isFrameSet, isFrame, clone).
     CHTMLVParser* GetTree() const { return m_pTree; }
-    // Destroys the old page (unless it is the new one), purges the children,
-    // then keeps page.
+    /// Destroys the old page (unless it is the new one), purges the children,
+    /// then keeps page.
     void SetTree(CHTMLVParser* page);
     void RemoveTree() { SetTree(nullptr); }
-    // Hands the page over to the caller; the children stay.
+    /// Hands the page over to the caller; the children stay.
     CHTMLVParser* DetachTree();
 
-    // The children in slot order; an entry may be null (a counted link that
-    // has no child yet).
+    /// The children in slot order; an entry may be null (a counted link that
+    /// has no child yet).
     const std::vector<CContextTree*>& GetChildrenArray() const { return m_Children; }
     std::vector<CContextTree*>& GetChildrenArray() { return m_Children; }
     CContextTree* GetParent() const { return m_pParent; }
@@ -72,64 +72,64 @@ public:
     bool IsResource() const { return m_Resource; }
     void SetResource(bool resource) { m_Resource = resource; }
 
-    // Waits without time limit for the node's lock; true once it is held
-    // (also when its previous owner ended without releasing it). The lock is
-    // recursive: the owner may take it again and releases it as often.
+    /// Waits without time limit for the node's lock; true once it is held
+    /// (also when its previous owner ended without releasing it). The lock is
+    /// recursive: the owner may take it again and releases it as often.
     bool LockTree();
-    // False when the calling thread does not hold the lock.
+    /// False when the calling thread does not hold the lock.
     bool UnlockTree();
 
-    // Subclasses keep children alive by answering false and handling Delete.
+    /// Subclasses keep children alive by answering false and handling Delete.
     virtual bool CanDelete() { return true; }
     virtual void Delete() {}
-    // A new, empty node of the same class.
+    /// A new, empty node of the same class.
     virtual CContextTree* CreateObject() { return new CContextTree(); }
 
-    // The page's answers; a node without a page answers true to both. A
-    // page scanned to its end answers IsFrameSet() false once its framesets
-    // are closed again, while IsFrame() stays true when it had frames.
+    /// The page's answers; a node without a page answers true to both. A
+    /// page scanned to its end answers IsFrameSet() false once its framesets
+    /// are closed again, while IsFrame() stays true when it had frames.
     bool IsFrameSet() const;
     bool IsFrame() const;
 
-    // Walks up the parents and stops below the first dummy parent or at the
-    // root.
+    /// Walks up the parents and stops below the first dummy parent or at the
+    /// root.
     CContextTree* GetTopContextTree();
 
-    // The replacement takes old's place, index (as ordinal), level and
-    // parent; old is not deleted and is left as it was. False (nothing
-    // changed) when old is not a child, or old or replacement is null.
+    /// The replacement takes old's place, index (as ordinal), level and
+    /// parent; old is not deleted and is left as it was. False (nothing
+    /// changed) when old is not a child, or old or replacement is null.
     bool ReplaceChild(const CContextTree* old, CContextTree* replacement);
-    // Every child: destroyed, or Delete() called when CanDelete() is false;
-    // then the children array is emptied. A kept child is not touched after
-    // its Delete (which may destroy it): it still names this node as its
-    // parent until its owner re-homes it.
+    /// Every child: destroyed, or Delete() called when CanDelete() is false;
+    /// then the children array is emptied. A kept child is not touched after
+    /// its Delete (which may destroy it): it still names this node as its
+    /// parent until its owner re-homes it.
     void PurgeChildren();
 
-    // Places a document, frame or resource under this node.
-    // With a non-empty page, the counted links (resources that are
-    // followable, or any resource with anyResource) are slots in page order:
-    // the child takes the first free slot whose link resolves to url (both
-    // compared with their query, without fragment; an invalid URL matches
-    // nothing), gets the slot as ordinal, this level + 1, this node as parent
-    // and fresh relative frame ids; false (the child is not taken) when no
-    // free slot matches. Without a page or with an empty page the child is
-    // appended, deliberately with the ordinal one more than its index, and
-    // its relative frame ids are left as they were. True when the child was
-    // placed (the tree then owns it).
+    /// Places a document, frame or resource under this node.
+    /// With a non-empty page, the counted links (resources that are
+    /// followable, or any resource with anyResource) are slots in page order:
+    /// the child takes the first free slot whose link resolves to url (both
+    /// compared with their query, without fragment; an invalid URL matches
+    /// nothing), gets the slot as ordinal, this level + 1, this node as parent
+    /// and fresh relative frame ids; false (the child is not taken) when no
+    /// free slot matches. Without a page or with an empty page the child is
+    /// appended, deliberately with the ordinal one more than its index, and
+    /// its relative frame ids are left as they were. True when the child was
+    /// placed (the tree then owns it).
     bool AddChild(CContextTree* child, const CURLParser& url, bool anyResource);
 
-    // "1" for a null or empty parentId, else parentId "." ordinal + 1; then
-    // the same for every descendant.
+    /// "1" for a null or empty parentId, else parentId "." ordinal + 1; then
+    /// the same for every descendant.
     void UpdateRelFrameId(const char* parentId);
-    // Empty for a node without parent or whose parent has no URL, else the
-    // parent's name followed by "f" and the ordinal, deliberately counted
-    // from 0 ("f0f1").
+    /// Empty for a node without parent or whose parent has no URL, else the
+    /// parent's name followed by "f" and the ordinal, deliberately counted
+    /// from 0 ("f0f1").
     MString GetHierarchicalName() const;
-    // baseName, the hierarchical name (for a resource, or when forced), for a
-    // resource "_" and its URL's file name without its last extension, and
-    // the content type's extension (".html" when unknown or longer than 9
-    // bytes). Kept as the snapshot file name; returns pathPrefix followed by
-    // it.
+    /// baseName, the hierarchical name (for a resource, or when forced), for a
+    /// resource "_" and its URL's file name without its last extension, and
+    /// the content type's extension (".html" when unknown or longer than 9
+    /// bytes). Kept as the snapshot file name; returns pathPrefix followed by
+    /// it.
     MString ComputeSnapshotFileName(const MString& pathPrefix, const MString& contentType,
                                     const MString& baseName, bool forceHierarchical);
 
@@ -157,7 +157,7 @@ class WEBSTEP_API CContextTreeIterator {
 public:
     explicit CContextTreeIterator(CContextTree* root);
     CContextTree* GetNext();
-    // Starts again from the root.
+    /// Starts again from the root.
     void Reset();
 
 private:

@@ -14,21 +14,21 @@ class CRadioField;
 class WEBSTEP_API CCheckboxField : public CFormField {
 public:
     CFormField* Clone() const override { return new CCheckboxField(*this); }
-    // The value a browser sends for a box without a "value" attribute.
+    /// The value a browser sends for a box without a "value" attribute.
     static const char* const ImplicitValue;  // "on"
 
-    // Writes its pair only when checked.
+    /// Writes its pair only when checked.
     void GetValues(std::vector<std::pair<MString, MString>>& out) const override;
-    // Page value from "value" ("on" without one); checked from "checked".
+    /// Page value from "value" ("on" without one); checked from "checked".
     void Attach(CHTMLFormElement* element) override;
     CData::DataType GetDataType() const override { return CData::DT_CHECKBOX; }
     bool MustBeSubmitted() const override { return false; }
     void RevertToDefault() override { checked = defaultChecked; }
     void MakeEmpty() override { checked = false; }
-    // Refused when marked; then as AcceptsValue.
+    /// Refused when marked; then as AcceptsValue.
     bool TryValue(const CData* item) const override;
-    // "<OFF>" unchecks, "_DEFAULT_" restores the page state, anything else
-    // accepted checks.
+    /// "<OFF>" unchecks, "_DEFAULT_" restores the page state, anything else
+    /// accepted checks.
     bool SetValue(const CData* item) override;
 
     const MString& GetPageValue() const { return pageValue; }
@@ -37,8 +37,8 @@ public:
     virtual void SetChecked(bool on) { checked = on; }
 
 protected:
-    // A regular expression must match the whole page value; a literal must
-    // equal it or be "<OFF>", "_DEFAULT_" or "<ON>".
+    /// A regular expression must match the whole page value; a literal must
+    /// equal it or be "<OFF>", "_DEFAULT_" or "<ON>".
     bool AcceptsValue(const CData* item) const;
 
     MString pageValue;
@@ -59,7 +59,7 @@ public:
     const MString& GetName() const { return name; }
     void AddMember(CRadioField* radio) { members.push_back(radio); }
     const std::vector<CRadioField*>& GetMembers() const { return members; }
-    // Unchecks every member but one.
+    /// Unchecks every member but one.
     void UncheckOthers(const CRadioField* keep);
 
 private:
@@ -76,14 +76,14 @@ public:
     explicit CRadioField(CRadioButtonGroup* group = nullptr) : group(group) {}
 
     CData::DataType GetDataType() const override { return CData::DT_RADIO; }
-    // A checked radio unchecks the earlier checked ones of its group.
+    /// A checked radio unchecks the earlier checked ones of its group.
     void Attach(CHTMLFormElement* element) override;
-    // Chooses the group instead of the button.
+    /// Chooses the group instead of the button.
     void Mark(MString value) override;
     void Unmark() override;
-    // Refused once the group is chosen; then as a check box's value.
+    /// Refused once the group is chosen; then as a check box's value.
     bool TryValue(const CData* item) const override;
-    // Checking a radio unchecks the others of its group.
+    /// Checking a radio unchecks the others of its group.
     bool SetValue(const CData* item) override;
     void RevertToDefault() override;
     void SetChecked(bool on) override;

@@ -32,7 +32,7 @@ public:
         RT_REGEX = 1,
     };
 
-    // The value that keeps a field's default.
+    /// The value that keeps a field's default.
     static const char* const DefaultValue;
 
     CData(const MString& name, const MString& value, RegexType nameRegexType,
@@ -85,7 +85,7 @@ public:
     bool IsFieldDefault() const { return value.GetValue() == DefaultValue; }
     void SetDefault() { value.SetValue(DefaultValue); }
 
-    // Name, value, prefix, suffix in this order; stops at the first failure.
+    /// Name, value, prefix, suffix in this order; stops at the first failure.
     bool Parametrize(CContext* ctx) const;
 
     bool operator==(const CData& other) const;
@@ -117,7 +117,7 @@ public:
 
     CDataElements() = default;
     CDataElements(const CDataElements& other);
-    // Deletes this list's own items, then shares the source's.
+    /// Deletes this list's own items, then shares the source's.
     CDataElements& operator=(const CDataElements& other);
     virtual ~CDataElements();
 
@@ -127,7 +127,7 @@ public:
     void AddTail(CData* item) { m_List.push_back(item); }
     void AddDataBefore(CData* item, iterator& where);
     void AddDataAfter(CData* item, iterator& where);
-    // Unlinks the first element holding this very pointer; always true.
+    /// Unlinks the first element holding this very pointer; always true.
     bool RemoveData(CData* item);
     void PurgeData();
     unsigned int GetNumElements() const { return static_cast<unsigned int>(m_List.size()); }

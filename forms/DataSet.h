@@ -19,7 +19,7 @@ public:
 
     CDataSet() = default;
     explicit CDataSet(const MString& actionUrl) : actionUrl(actionUrl) {}
-    // Copies share the items (see CDataElements).
+    /// Copies share the items (see CDataElements).
     CDataSet(const CDataSet& other) = default;
     CDataSet& operator=(const CDataSet& other) = default;
     ~CDataSet() = default;
@@ -35,23 +35,23 @@ public:
     const MString& GetActionUrl() const { return actionUrl; }
     void SetActionUrl(const MString& url) { actionUrl = url; }
 
-    // Drops the item references without deleting the items.
+    /// Drops the item references without deleting the items.
     void ClearDataReferences() { elements.GetList().clear(); }
 
-    // True only when both sets hold the very same items in the same order
-    // (recognises a shallow copy) and the same action URL.
+    /// True only when both sets hold the very same items in the same order
+    /// (recognises a shallow copy) and the same action URL.
     bool operator==(CDataSet& other) const;
 
-    // Every item is visited; true when all succeeded.
+    /// Every item is visited; true when all succeeded.
     bool Parametrize(CContext* ctx) const;
 
-    // Replaces the items by those of a recorded body: multipart when boundary
-    // is given, URL-encoded otherwise.
+    /// Replaces the items by those of a recorded body: multipart when boundary
+    /// is given, URL-encoded otherwise.
     void AddDataFromString(const MString& body, MString boundary, bool binaryEscaped,
                            bool skipRoundTripCheck, bool& roundTripOk, bool& atWasEscaped,
                            bool fromUtf8, bool binaryFlag);
 
-    // The value of a header attribute such as name= (empty when absent).
+    /// The value of a header attribute such as name= (empty when absent).
     static MString ExtractRequestAttribute(MString text, MString attribute);
     static bool ExtractRequestAttributeEx(const MString& text, const MString& attribute,
                                           MString& out);

@@ -16,7 +16,7 @@ public:
     void RevertToDefault() override { currentValue = pageValue; }
     void MakeEmpty() override { currentValue.clear(); }
     bool TryValue(const CData* item) const override;
-    // The value sent stays the page value (the item only confirms it).
+    /// The value sent stays the page value (the item only confirms it).
     bool SetValue(const CData* item) override;
 
     const MString& GetPageValue() const { return pageValue; }

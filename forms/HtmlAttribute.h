@@ -21,15 +21,15 @@ public:
     CHtmlAttribute& operator=(const CHtmlAttribute&) = default;
     virtual ~CHtmlAttribute() = default;
 
-    // Always true here; subclasses call it first.
+    /// Always true here; subclasses call it first.
     virtual bool Match(const CHtmlAttribute& other) const;
     virtual bool Parametrize(CContext* ctx) const = 0;
     virtual MString Report(bool) const = 0;
     virtual MString GetAttributeString() const = 0;
     virtual MString GetKey() const = 0;
-    // Only empties out here.
+    /// Only empties out here.
     virtual void GetRequiredDataColumns(std::list<std::string>& out);
-    // A new copy of the same class (used to copy attribute sets deeply).
+    /// A new copy of the same class (used to copy attribute sets deeply).
     virtual CHtmlAttribute* Clone() const = 0;
 };
 
@@ -40,11 +40,11 @@ public:
     CStringAttribute(const MString& key, const CParametrizableArgument& argument)
         : key(key), argument(argument) {}
 
-    // Keys and values equal exactly.
+    /// Keys and values equal exactly.
     bool Match(const CHtmlAttribute& other) const override;
     bool Parametrize(CContext* ctx) const override { return argument.Parametrize(ctx); }
     MString Report(bool) const override { return argument.GetValue(); }
-    // "key : value\n"
+    /// "key : value\n"
     MString GetAttributeString() const override;
     MString GetKey() const override { return key; }
     void GetRequiredDataColumns(std::list<std::string>& out) override;
@@ -79,12 +79,12 @@ public:
     CHiddenAttribute(const CParametrizableArgument& name, const CParametrizableArgument& value)
         : name(name), value(value) {}
 
-    // Names and values equal exactly.
+    /// Names and values equal exactly.
     bool Match(const CHtmlAttribute& other) const override;
-    // Name first, then value; stops at the first failure.
+    /// Name first, then value; stops at the first failure.
     bool Parametrize(CContext* ctx) const override;
     MString Report(bool) const override { return value.GetValue(); }
-    // "name : value\n"
+    /// "name : value\n"
     MString GetAttributeString() const override;
     MString GetKey() const override { return HiddenKey; }
     void GetRequiredDataColumns(std::list<std::string>& out) override;

@@ -18,7 +18,7 @@ public:
     using const_iterator = std::list<CHtmlAttribute*>::const_iterator;
 
     CHtmlAttributeSet() = default;
-    // Copies every attribute.
+    /// Copies every attribute.
     CHtmlAttributeSet(const CHtmlAttributeSet& other);
     CHtmlAttributeSet& operator=(const CHtmlAttributeSet& other);
     virtual ~CHtmlAttributeSet();
@@ -26,38 +26,38 @@ public:
     virtual std::list<CHtmlAttribute*>& GetList() { return m_List; }
     virtual const std::list<CHtmlAttribute*>& GetList() const { return m_List; }
 
-    // Appends; the set takes ownership (null is ignored).
+    /// Appends; the set takes ownership (null is ignored).
     void AddAttribute(CHtmlAttribute* const attr);
-    // Every wanted attribute has a partner here whose Match accepts it; one
-    // partner may serve several wanted attributes. An empty wanted set matches.
+    /// Every wanted attribute has a partner here whose Match accepts it; one
+    /// partner may serve several wanted attributes. An empty wanted set matches.
     bool Match(const CHtmlAttributeSet& wanted) const;
-    // Stops after the first failure.
+    /// Stops after the first failure.
     bool Parametrize(CContext* ctx) const;
-    // "Step attributes:\r\n" followed by every attribute's string; empty when
-    // there is nothing to show.
+    /// "Step attributes:\r\n" followed by every attribute's string; empty when
+    /// there is nothing to show.
     MString GetAttributeString() const;
-    // One entry per attribute, in order, joined by "; ": "key=report", and for
-    // a hidden attribute "hidden(name)=report".
+    /// One entry per attribute, in order, joined by "; ": "key=report", and for
+    /// a hidden attribute "hidden(name)=report".
     MString Report(bool b) const;
-    // The report of the first attribute with that key; empty when none.
+    /// The report of the first attribute with that key; empty when none.
     MString ReportByKey(const MString& key, bool b) const;
-    // Nothing happens for "hidden" or a key that is absent.
+    /// Nothing happens for "hidden" or a key that is absent.
     void RemoveByKey(const MString& key);
-    // False for "hidden", a missing key or an attribute that is not a string
-    // attribute.
+    /// False for "hidden", a missing key or an attribute that is not a string
+    /// attribute.
     bool GetParamByKey(const MString& key, CParametrizableArgument& out) const;
-    // Replaces the attribute with attr's own key (deleting the old one) and
-    // appends attr; a hidden attribute is always appended.
+    /// Replaces the attribute with attr's own key (deleting the old one) and
+    /// appends attr; a hidden attribute is always appended.
     void SetByKey(const MString& key, CHtmlAttribute* const attr);
-    // References to the hidden attributes, in order.
+    /// References to the hidden attributes, in order.
     void BuildHiddenAttrList(std::list<CHiddenAttribute*>& out) const;
-    // Merges copies of the given hidden attributes: a hidden attribute of the
-    // same name (exact comparison) takes the given name and value arguments;
-    // a name not yet present is appended. The list's attributes stay the
-    // caller's. Returns the number of attributes appended.
+    /// Merges copies of the given hidden attributes: a hidden attribute of the
+    /// same name (exact comparison) takes the given name and value arguments;
+    /// a name not yet present is appended. The list's attributes stay the
+    /// caller's. Returns the number of attributes appended.
     unsigned int MergeHiddenAttrList(const std::list<CHiddenAttribute*>& hiddens);
-    // The parameter names that the attributes require, in order, without
-    // repeats.
+    /// The parameter names that the attributes require, in order, without
+    /// repeats.
     void GetRequiredDataColumns(std::list<std::string>& out) const;
     unsigned int GetNumItems() const { return static_cast<unsigned int>(m_List.size()); }
     void PurgeData();

@@ -12,22 +12,22 @@
 /// file part whose file cannot be read carries no bytes).
 class WEBSTEP_API CRequestBody {
 public:
-    // Appends the body of every item (whatever its "sent" flag) to body:
-    // multipart when boundary is not empty (a file item's part carries the
-    // file named by its value), URL-encoded otherwise (at sign kept). The
-    // flag is accepted for the interface's sake and changes nothing.
+    /// Appends the body of every item (whatever its "sent" flag) to body:
+    /// multipart when boundary is not empty (a file item's part carries the
+    /// file named by its value), URL-encoded otherwise (at sign kept). The
+    /// flag is accepted for the interface's sake and changes nothing.
     static void CreateArgumentsFromData(const CDataSet& set, const MString& boundary, bool flag,
                                         MString& body);
-    // Appends a URL-encoded body in which the text from each open up to and
-    // including the next close stays unencoded.
+    /// Appends a URL-encoded body in which the text from each open up to and
+    /// including the next close stays unencoded.
     static void CreateArgumentsFromDataSkipParams(const CDataSet& set, const MString& open,
                                                   const MString& close, MString& body);
-    // URL-encodes text except the runs from open to close. An open without a
-    // following close, and everything after it, is encoded (nothing is lost).
-    // An empty open or close leaves nothing unencoded.
+    /// URL-encodes text except the runs from open to close. An open without a
+    /// following close, and everything after it, is encoded (nothing is lost).
+    /// An empty open or close leaves nothing unencoded.
     static void EscArgsSkipParams(const MString& open, const MString& close, MString& text);
-    // Removes and deletes the hidden-field items (type 8).
+    /// Removes and deletes the hidden-field items (type 8).
     static void EliminateHiddens(CDataSet& set);
-    // Removes and deletes the items marked read-only.
+    /// Removes and deletes the items marked read-only.
     static void EliminateReadOnlyArgs(CDataSet& set);
 };

@@ -51,7 +51,7 @@ public:
     void AddResourceAfter(CResource* item, iterator& where);
     bool RemoveResource(CResource* item);
     void PurgeResource();
-    // Empties the list without deleting the resources.
+    /// Empties the list without deleting the resources.
     void ClearResourceReferences() { m_List.clear(); }
     unsigned int GetNumElements() const { return static_cast<unsigned int>(m_List.size()); }
 

@@ -19,10 +19,10 @@ public:
     void SetMarked(bool on) { marked = on; }
     void AddMember(CSubmitField* button) { members.push_back(button); }
     const std::vector<CSubmitField*>& GetMembers() const { return members; }
-    // Null when the group is empty.
+    /// Null when the group is empty.
     CSubmitField* GetFirst() const { return members.empty() ? nullptr : members.front(); }
     void RemoveAll() { members.clear(); }
-    // Clears the chosen flag of every member but one.
+    /// Clears the chosen flag of every member but one.
     void UnchooseOthers(const CSubmitField* keep);
 
 private:
@@ -35,28 +35,28 @@ private:
 class WEBSTEP_API CSubmitField : public CFormField {
 public:
     CFormField* Clone() const override { return new CSubmitField(*this); }
-    // Captions a browser shows for a button without a value.
+    /// Captions a browser shows for a button without a value.
     static const char* const SubmitQueryCaption;  // "Submit Query"
     static const char* const SubmitCaption;       // "Submit"
 
     explicit CSubmitField(CSubmitGroup* group = nullptr) : group(group) {}
 
-    // Writes (name, value) only when chosen.
+    /// Writes (name, value) only when chosen.
     void GetValues(std::vector<std::pair<MString, MString>>& out) const override;
     void Attach(CHTMLFormElement* element) override;
     CData::DataType GetDataType() const override { return CData::DT_SUBMIT; }
     bool MustBeSubmitted() const override { return false; }
-    // Marks the group instead of the button.
+    /// Marks the group instead of the button.
     void Mark(MString value) override;
     void Unmark() override;
-    // No button is chosen by default.
+    /// No button is chosen by default.
     void RevertToDefault() override;
     void MakeEmpty() override;
     bool TryValue(const CData* item) const override;
-    // Chooses the button. A caption taken by a button without a value is what
-    // the button then sends; any other accepted value sends the page value.
+    /// Chooses the button. A caption taken by a button without a value is what
+    /// the button then sends; any other accepted value sends the page value.
     bool SetValue(const CData* item) override;
-    // Chooses this button (the click).
+    /// Chooses this button (the click).
     virtual void Invoke();
 
     bool IsChosen() const { return chosen; }
@@ -81,20 +81,20 @@ public:
     CFormField* Clone() const override { return new CImageField(*this); }
     explicit CImageField(CSubmitGroup* group = nullptr) : CSubmitField(group) {}
 
-    // "name.x" / "name.y", or "x" / "y" for a button without a name.
+    /// "name.x" / "name.y", or "x" / "y" for a button without a name.
     MString GetName(int which = 0) const override;
-    // Two pairs, x then y, when chosen.
+    /// Two pairs, x then y, when chosen.
     void GetValues(std::vector<std::pair<MString, MString>>& out) const override;
     CData::DataType GetDataType() const override { return CData::DT_IMAGE; }
     void RevertToDefault() override;
     using CSubmitField::SetValue;
-    // Chooses the button with the given coordinates.
+    /// Chooses the button with the given coordinates.
     bool SetValue(MString x, MString y);
     using CSubmitField::MakesMatch;
-    // The two items are this button's x and y: the text after their last full
-    // stop is "x" and "y" and the text before it names this button (as a
-    // regular expression when the first item's name is one). Refused once a
-    // button of the group is chosen.
+    /// The two items are this button's x and y: the text after their last full
+    /// stop is "x" and "y" and the text before it names this button (as a
+    /// regular expression when the first item's name is one). Refused once a
+    /// button of the group is chosen.
     bool MakesMatch(const CData* first, const CData* second) const;
 
     const MString& GetX() const { return x; }

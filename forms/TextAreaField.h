@@ -11,15 +11,15 @@ public:
     CTextAreaField() = default;
 
     void GetValues(std::vector<std::pair<MString, MString>>& out) const override;
-    // Page and current value from the element's value (a text area's text).
+    /// Page and current value from the element's value (a text area's text).
     void Attach(CHTMLFormElement* element) override;
     CData::DataType GetDataType() const override { return CData::DT_TEXTAREA; }
     bool MustBeSubmitted() const override { return true; }
     void RevertToDefault() override { currentValue = pageValue; }
     void MakeEmpty() override { currentValue.clear(); }
-    // Not marked, and a literal value (a regular expression never fits).
+    /// Not marked, and a literal value (a regular expression never fits).
     bool TryValue(const CData* item) const override;
-    // "_DEFAULT_" keeps the page value.
+    /// "_DEFAULT_" keeps the page value.
     bool SetValue(const CData* item) override;
 
     const MString& GetPageValue() const { return pageValue; }
@@ -39,15 +39,15 @@ public:
 
     CTextField() = default;
 
-    // Also reads "maxlength": its leading decimal digits; no attribute means
-    // no limit, an attribute without leading digits a limit of 0.
+    /// Also reads "maxlength": its leading decimal digits; no attribute means
+    /// no limit, an attribute without leading digits a limit of 0.
     void Attach(CHTMLFormElement* element) override;
     CData::DataType GetDataType() const override { return CData::DT_TEXT; }
-    // A value longer than the limit (in bytes) is refused, "_DEFAULT_" never.
+    /// A value longer than the limit (in bytes) is refused, "_DEFAULT_" never.
     bool TryValue(const CData* item) const override;
 
     long long GetMaxLength() const { return maxLength; }
-    // The limit that a "maxlength" text stands for.
+    /// The limit that a "maxlength" text stands for.
     static long long ParseMaxLength(const char* text);
 
 protected:

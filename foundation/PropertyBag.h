@@ -26,16 +26,16 @@ public:
     CPropertyBag& operator=(const CPropertyBag& other);
     virtual ~CPropertyBag() = default;
 
-    // Refuses (false) an existing name unless allowDuplicate; else appends.
+    /// Refuses (false) an existing name unless allowDuplicate; else appends.
     bool AddProperty(const char* name, const char* value, bool allowDuplicate);
-    // Replaces the first record's value in place, or appends; always true.
+    /// Replaces the first record's value in place, or appends; always true.
     bool SafeAddProperty(const char* name, const char* value);
     bool SafeSetProperty(const char* name, const char* value);
-    // Replaces the first record's value; never creates (false when absent).
+    /// Replaces the first record's value; never creates (false when absent).
     bool SetProperty(const char* name, const char* value);
-    // Leaves value untouched when the name is absent.
+    /// Leaves value untouched when the name is absent.
     bool GetProperty(const char* name, MString& value) const;
-    // Removes the first record of that name; later duplicates stay.
+    /// Removes the first record of that name; later duplicates stay.
     bool RemoveProperty(const char* name);
     void RemoveAll();
     unsigned int GetNumItems() const;
@@ -67,14 +67,14 @@ public:
         return AddProperty(name, value, allowDuplicate);
     }
     bool GetAttribute(const char* name, MString& value) const { return GetProperty(name, value); }
-    // Replaces only; never creates.
+    /// Replaces only; never creates.
     bool SetAttribute(const char* name, const char* value) { return SetProperty(name, value); }
     bool RemoveAttribute(const char* name) { return RemoveProperty(name); }
     void RemoveAll() { CPropertyBag::RemoveAll(); }
     unsigned int GetNumItems() const { return CPropertyBag::GetNumItems(); }
 
-    // True when this set holds at least one name of other; values are not
-    // compared. An empty other never matches.
+    /// True when this set holds at least one name of other; values are not
+    /// compared. An empty other never matches.
     virtual bool Match(const CAttributeSet& other);
 
 private:
@@ -91,9 +91,9 @@ public:
     CPropertyBagIterator& operator=(const CPropertyBagIterator& other) = default;
 
     bool GetFirst(MString& name, MString& value);
-    // False when the step reaches the end; the iterator then stands there.
+    /// False when the step reaches the end; the iterator then stands there.
     bool GetNext(MString& name, MString& value);
-    // From the end position it yields the last record.
+    /// From the end position it yields the last record.
     bool GetPrevious(MString& name, MString& value);
 
 private:

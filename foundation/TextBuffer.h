@@ -16,11 +16,11 @@ public:
 
     CTextBuffer();
     explicit CTextBuffer(const char* s);
-    // Copies at most n bytes without cutting a double-byte character and puts
-    // the terminator at n; callers pass n not beyond the length of s.
+    /// Copies at most n bytes without cutting a double-byte character and puts
+    /// the terminator at n; callers pass n not beyond the length of s.
     CTextBuffer(const char* s, unsigned n);
     CTextBuffer(const CTextBuffer& other);
-    // Deep copy: a member-wise copy would leave two owners of one block.
+    /// Deep copy: a member-wise copy would leave two owners of one block.
     CTextBuffer& operator=(const CTextBuffer& other);
     ~CTextBuffer();
 
@@ -29,23 +29,23 @@ public:
     int size() const;
     int isEmpty() const { return m_buffer[0] == '\0'; }
     void clean() { m_buffer[0] = '\0'; }
-    // The number of usable bytes (the block holds one more for the terminator).
+    /// The number of usable bytes (the block holds one more for the terminator).
     int capacity() const { return m_capacity; }
 
     void add(char c) { append(&c, 1); }
-    // strncat semantics: stops at a NUL of s.
+    /// strncat semantics: stops at a NUL of s.
     void append(const char* s, unsigned n);
     void append(const char* s);
-    // Offset of the first whole character equal to c (a trail byte of a
-    // double-byte character never matches); -1 when absent or c is NUL.
+    /// Offset of the first whole character equal to c (a trail byte of a
+    /// double-byte character never matches); -1 when absent or c is NUL.
     int find(char c) const;
-    // The last n bytes of the string, clamped to the string.
+    /// The last n bytes of the string, clamped to the string.
     const char* tail(int n) const;
     char* tail(int n) { return const_cast<char*>(static_cast<const CTextBuffer*>(this)->tail(n)); }
-    // Ends the string at n when n is below the capacity.
+    /// Ends the string at n when n is below the capacity.
     void truncate(int n);
-    // Sets the capacity to exactly n; the contents are not re-terminated
-    // except at the new end of the block.
+    /// Sets the capacity to exactly n; the contents are not re-terminated
+    /// except at the new end of the block.
     char* realloc(int n);
 
 private:
@@ -67,10 +67,10 @@ public:
     StringBuffer& operator=(const StringBuffer&) = delete;
     ~StringBuffer();
 
-    // Storage of at least n bytes; null (and unchanged storage) when the
-    // allocation fails.
+    /// Storage of at least n bytes; null (and unchanged storage) when the
+    /// allocation fails.
     char* GetBuffer(unsigned long n);
-    // The capacity of the current storage, not a string length.
+    /// The capacity of the current storage, not a string length.
     unsigned long GetLength() const { return m_length; }
 
 private:
@@ -133,13 +133,13 @@ public:
         }
         m_items[m_count++] = p;
     }
-    // No bounds check.
+    /// No bounds check.
     T*& operator[](int i) { return m_items[i]; }
     T* operator[](int i) const { return m_items[i]; }
     int size() const { return m_count; }
     int capacity() const { return m_capacity; }
-    // Grows the slot array to n when needed; drops (does not delete) the
-    // items beyond n.
+    /// Grows the slot array to n when needed; drops (does not delete) the
+    /// items beyond n.
     void SetSize(int n) {
         if (n < 0) {
             n = 0;

@@ -12,7 +12,7 @@
 // one stream by one thread at a time.
 #include "webstep/foundation/Export.h"
 
-// The stream's interface type; opaque on this platform.
+/// The stream's interface type; opaque on this platform.
 struct IStream;
 
 /// Static functions over stream handles: Create gives a handle (null on
@@ -22,21 +22,21 @@ class WEBSTEP_API CWebStream {
 public:
     CWebStream& operator=(const CWebStream&) { return *this; }
 
-    // A new empty stream; the name is accepted and ignored.
+    /// A new empty stream; the name is accepted and ignored.
     static void* Create(const char* name);
     static bool Destroy(void* handle);
-    // The handle itself, typed as the stream interface (no reference added).
+    /// The handle itself, typed as the stream interface (no reference added).
     static IStream* GetIStream(void* handle);
-    // Appends size bytes at the end, whatever was read before.
+    /// Appends size bytes at the end, whatever was read before.
     static bool Write(void* handle, unsigned char* const data, unsigned long size,
                       unsigned long* written);
-    // Reads up to size bytes at position and advances position by the count.
+    /// Reads up to size bytes at position and advances position by the count.
     static bool Read(void* handle, unsigned long& position, unsigned char* buffer,
                      unsigned long size, unsigned long* read);
-    // Size in bytes (low 32 bits); 0 for a null handle.
+    /// Size in bytes (low 32 bits); 0 for a null handle.
     static unsigned long GetSize(void* handle);
-    // The first byte of the content; null for a null handle or empty stream.
+    /// The first byte of the content; null for a null handle or empty stream.
     static unsigned char* Map(void* handle);
-    // Takes the pointer returned by Map (not the handle).
+    /// Takes the pointer returned by Map (not the handle).
     static bool Unmap(void* pointer);
 };

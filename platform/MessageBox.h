@@ -7,7 +7,7 @@
 
 namespace webstep::platform {
 
-// Button and icon flags of the type argument, and the answers.
+/// Button and icon flags of the type argument, and the answers.
 constexpr unsigned int MB_OK = 0x00000000u;
 constexpr unsigned int MB_OKCANCEL = 0x00000001u;
 constexpr unsigned int MB_YESNO = 0x00000004u;
@@ -23,21 +23,21 @@ constexpr int IDCANCEL = 2;
 constexpr int IDYES = 6;
 constexpr int IDNO = 7;
 
-// Receives (owner window, text, caption, type) and returns the answer.
-// Text and caption are never null when they reach a sink.
+/// Receives (owner window, text, caption, type) and returns the answer.
+/// Text and caption are never null when they reach a sink.
 using MessageBoxSink =
     std::function<int(void* owner, const char* text, const char* caption, unsigned int type)>;
 
-// Replaces the sink; an empty function restores the default. Thread-safe.
+/// Replaces the sink; an empty function restores the default. Thread-safe.
 WEBSTEP_API void SetMessageBoxSink(MessageBoxSink sink);
-// The current sink (the default one when none was set).
+/// The current sink (the default one when none was set).
 WEBSTEP_API MessageBoxSink GetMessageBoxSink();
-// The default sink: writes "<caption>: <text>" and a newline to stderr.
+/// The default sink: writes "<caption>: <text>" and a newline to stderr.
 WEBSTEP_API int DefaultMessageBoxSink(void* owner, const char* text, const char* caption,
                                       unsigned int type);
 
-// Shows a message box through the sink. A null text or caption is shown as
-// empty text and the caption "Error", as the system does.
+/// Shows a message box through the sink. A null text or caption is shown as
+/// empty text and the caption "Error", as the system does.
 WEBSTEP_API int MessageBoxA(void* owner, const char* text, const char* caption, unsigned int type);
 
 }  // namespace webstep::platform

@@ -22,20 +22,20 @@ constexpr DWORD WAIT_ABANDONED = 0x80;
 constexpr DWORD WAIT_TIMEOUT = 0x102;
 constexpr DWORD WAIT_FAILED = 0xFFFFFFFF;
 
-// A new mutex, or, for a name already in use, a new handle to that mutex
-// (the last error is then ERROR_ALREADY_EXISTS, 183, else 0). With
-// initialOwner the calling thread owns a newly created mutex at once. The
-// security attributes are ignored. Never null.
+/// A new mutex, or, for a name already in use, a new handle to that mutex
+/// (the last error is then ERROR_ALREADY_EXISTS, 183, else 0). With
+/// initialOwner the calling thread owns a newly created mutex at once. The
+/// security attributes are ignored. Never null.
 WEBSTEP_API HANDLE CreateMutexA(void* securityAttributes, BOOL initialOwner, LPCSTR name);
-// Acquires the mutex, waiting at most `milliseconds` (INFINITE: no limit;
-// 0: just try). WAIT_OBJECT_0, WAIT_ABANDONED, WAIT_TIMEOUT, or WAIT_FAILED
-// for a bad handle. The owner acquires again at once (the count rises).
+/// Acquires the mutex, waiting at most `milliseconds` (INFINITE: no limit;
+/// 0: just try). WAIT_OBJECT_0, WAIT_ABANDONED, WAIT_TIMEOUT, or WAIT_FAILED
+/// for a bad handle. The owner acquires again at once (the count rises).
 WEBSTEP_API DWORD WaitForSingleObject(HANDLE handle, DWORD milliseconds);
-// Lowers the owner's count, freeing the mutex at 0. Fails with
-// ERROR_NOT_OWNER (288) when the calling thread does not own it.
+/// Lowers the owner's count, freeing the mutex at 0. Fails with
+/// ERROR_NOT_OWNER (288) when the calling thread does not own it.
 WEBSTEP_API BOOL ReleaseMutex(HANDLE handle);
-// Closes the handle; the mutex goes away with its last handle (ownership is
-// not released by closing). Fails for a bad handle.
+/// Closes the handle; the mutex goes away with its last handle (ownership is
+/// not released by closing). Fails for a bad handle.
 WEBSTEP_API BOOL CloseHandle(HANDLE handle);
 
 }  // namespace webstep::platform

@@ -36,33 +36,33 @@ using INT = int;
 using LPSTR = char*;
 using LPCSTR = const char*;
 
-// Copies into buffer (size bytes) and returns the bytes copied, without the
-// terminator:
-// - section and key given: the key's value, else the default (trailing
-//   spaces of the default removed, enclosing quotes stripped); cut to
-//   size - 1 bytes, never in the middle of a double-byte character.
-// - section NULL: the names of all sections; key NULL: the names of the keys
-//   of the section; each name NUL-terminated, the list ended by a second NUL.
-//   When the list does not fit, it is cut, ended with two NULs, and the
-//   result is size - 2.
-// A null buffer or a size of 0 returns 0 and writes nothing.
+/// Copies into buffer (size bytes) and returns the bytes copied, without the
+/// terminator:
+/// - section and key given: the key's value, else the default (trailing
+///   spaces of the default removed, enclosing quotes stripped); cut to
+///   size - 1 bytes, never in the middle of a double-byte character.
+/// - section NULL: the names of all sections; key NULL: the names of the keys
+///   of the section; each name NUL-terminated, the list ended by a second NUL.
+///   When the list does not fit, it is cut, ended with two NULs, and the
+///   result is size - 2.
+/// A null buffer or a size of 0 returns 0 and writes nothing.
 WEBSTEP_API DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue,
                                            LPSTR buffer, DWORD size, LPCSTR fileName);
 
-// The key's value read as an integer: leading white space, an optional sign,
-// an optional prefix "0x" (hex), "0o" (octal) or "0b" (binary), then digits
-// up to the first that does not belong to the base; the value wraps modulo
-// 2^32 ("0" when there are no digits). The default when the key is missing,
-// has no value or an empty one, or the file is missing.
+/// The key's value read as an integer: leading white space, an optional sign,
+/// an optional prefix "0x" (hex), "0o" (octal) or "0b" (binary), then digits
+/// up to the first that does not belong to the base; the value wraps modulo
+/// 2^32 ("0" when there are no digits). The default when the key is missing,
+/// has no value or an empty one, or the file is missing.
 WEBSTEP_API UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultValue,
                                        LPCSTR fileName);
 
-// Sets section/key to value, creating the file, the section and the key as
-// needed. A NULL key deletes every section of that name; a NULL value deletes
-// the key (the first of that name). A NULL section fails with
-// ERROR_FILE_NOT_FOUND, except that all three NULL (a cache flush on
-// Windows) succeeds and does nothing. Deleting what does not exist succeeds
-// and leaves the file (or its absence) untouched. Returns nonzero on success.
+/// Sets section/key to value, creating the file, the section and the key as
+/// needed. A NULL key deletes every section of that name; a NULL value deletes
+/// the key (the first of that name). A NULL section fails with
+/// ERROR_FILE_NOT_FOUND, except that all three NULL (a cache flush on
+/// Windows) succeeds and does nothing. Deleting what does not exist succeeds
+/// and leaves the file (or its absence) untouched. Returns nonzero on success.
 WEBSTEP_API BOOL WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value,
                                             LPCSTR fileName);
 

@@ -23,25 +23,25 @@
 
 namespace webstep::platform {
 
-// null or "" returns to /etc/mime.types.
+/// null or "" returns to /etc/mime.types.
 WEBSTEP_API void SetMimeTypesPath(const char* path);
 WEBSTEP_API MString GetMimeTypesPath();
-// "image/gif" -> ".gif" (with the dot); false when unknown.
+/// "image/gif" -> ".gif" (with the dot); false when unknown.
 WEBSTEP_API bool GetExtensionFromContentType(const char* contentType, MString& extension);
-// ".gif" or "gif" -> "image/gif"; false when unknown.
+/// ".gif" or "gif" -> "image/gif"; false when unknown.
 WEBSTEP_API bool GetContentTypeFromExtension(const char* extension, MString& contentType);
 
-// null or "" returns to the default location.
+/// null or "" returns to the default location.
 WEBSTEP_API void SetRegistryPath(const char* path);
 WEBSTEP_API MString GetRegistryPath();
-// False (value untouched) when the key path or value is missing.
+/// False (value untouched) when the key path or value is missing.
 WEBSTEP_API bool RegistryGetString(const char* keyPath, const char* valueName, MString& value);
-// Creates the key path and the value as needed; false when the file cannot
-// be written.
+/// Creates the key path and the value as needed; false when the file cannot
+/// be written.
 WEBSTEP_API bool RegistrySetString(const char* keyPath, const char* valueName, const char* value);
-// True also when there was nothing to delete.
+/// True also when there was nothing to delete.
 WEBSTEP_API bool RegistryDeleteValue(const char* keyPath, const char* valueName);
-// Deletes the key path with all its values.
+/// Deletes the key path with all its values.
 WEBSTEP_API bool RegistryDeleteKey(const char* keyPath);
 
 }  // namespace webstep::platform

@@ -8,10 +8,10 @@
 namespace webstep::platform {
 
 WEBSTEP_API std::uint32_t GetTickCount();
-// The same count without wrapping.
+/// The same count without wrapping.
 WEBSTEP_API std::uint64_t GetTickCount64();
-// The 32-bit tick of a monotonic clock reading (seconds and nanoseconds):
-// its milliseconds modulo 2^32. Negative readings give 0.
+/// The 32-bit tick of a monotonic clock reading (seconds and nanoseconds):
+/// its milliseconds modulo 2^32. Negative readings give 0.
 WEBSTEP_API std::uint32_t TickFromMonotonic(std::int64_t seconds, std::int64_t nanoseconds);
 
 }  // namespace webstep::platform

@@ -44,8 +44,8 @@ constexpr INTERNET_PORT INTERNET_DEFAULT_FTP_PORT = 21;
 constexpr INTERNET_PORT INTERNET_DEFAULT_HTTP_PORT = 80;
 constexpr INTERNET_PORT INTERNET_DEFAULT_HTTPS_PORT = 443;
 
-// Flags of the canonicalise/combine services (only ICU_NO_ENCODE and
-// ICU_DECODE change the result here; the others are accepted).
+/// Flags of the canonicalise/combine services (only ICU_NO_ENCODE and
+/// ICU_DECODE change the result here; the others are accepted).
 constexpr DWORD ICU_NO_ENCODE = 0x20000000;
 constexpr DWORD ICU_DECODE = 0x10000000;
 constexpr DWORD ICU_NO_META = 0x08000000;
@@ -76,25 +76,25 @@ struct WEBSTEP_API URL_COMPONENTSA {
     DWORD dwExtraInfoLength;
 };
 
-// The size that 32-bit callers store in dwStructSize; accepted as well as
-// sizeof(URL_COMPONENTSA).
+/// The size that 32-bit callers store in dwStructSize; accepted as well as
+/// sizeof(URL_COMPONENTSA).
 constexpr DWORD URL_COMPONENTSA_SIZE32 = 60;
 
-// Splits a URL. dwUrlLength 0 means the text is NUL-terminated. Fails with
-// ERROR_INVALID_PARAMETER for a null/empty URL or a bad record and with
-// ERROR_INTERNET_UNRECOGNIZED_SCHEME when the text has no scheme.
+/// Splits a URL. dwUrlLength 0 means the text is NUL-terminated. Fails with
+/// ERROR_INVALID_PARAMETER for a null/empty URL or a bad record and with
+/// ERROR_INTERNET_UNRECOGNIZED_SCHEME when the text has no scheme.
 WEBSTEP_API BOOL InternetCrackUrlA(LPCSTR lpszUrl, DWORD dwUrlLength, DWORD dwFlags,
                                    URL_COMPONENTSA* lpUrlComponents);
 
-// Canonicalises a URL into lpszBuffer of *lpdwBufferLength bytes. On success
-// *lpdwBufferLength is the result length without the NUL; when the buffer is
-// too small it fails with ERROR_INSUFFICIENT_BUFFER and sets the size needed
-// including the NUL.
+/// Canonicalises a URL into lpszBuffer of *lpdwBufferLength bytes. On success
+/// *lpdwBufferLength is the result length without the NUL; when the buffer is
+/// too small it fails with ERROR_INSUFFICIENT_BUFFER and sets the size needed
+/// including the NUL.
 WEBSTEP_API BOOL InternetCanonicalizeUrlA(LPCSTR lpszUrl, LPSTR lpszBuffer,
                                           LPDWORD lpdwBufferLength, DWORD dwFlags);
 
-// Resolves lpszRelativeUrl against lpszBaseUrl and canonicalises the result,
-// with the same buffer contract as InternetCanonicalizeUrlA.
+/// Resolves lpszRelativeUrl against lpszBaseUrl and canonicalises the result,
+/// with the same buffer contract as InternetCanonicalizeUrlA.
 WEBSTEP_API BOOL InternetCombineUrlA(LPCSTR lpszBaseUrl, LPCSTR lpszRelativeUrl, LPSTR lpszBuffer,
                                      LPDWORD lpdwBufferLength, DWORD dwFlags);
 

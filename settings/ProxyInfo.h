@@ -9,7 +9,7 @@
 /// A value class held by CRunTimeSettings; setters store what they are given.
 class WEBSTEP_API CProxyInfo {
 public:
-    // Access type 1 is direct access; every other value means a proxy.
+    /// Access type 1 is direct access; every other value means a proxy.
     static constexpr unsigned long DirectAccess = 1;
 
     CProxyInfo();
@@ -33,7 +33,7 @@ public:
     void SetDontUseForLocal(int dontUse) { m_dontUseForLocal = dontUse; }
     const MString& GetBypass() const { return m_bypass; }
     void SetBypass(const MString& bypass) { m_bypass = bypass; }
-    // The irregular "A" suffix is part of the interface.
+    /// The irregular "A" suffix is part of the interface.
     const MString& GetUserNameA() const { return m_userName; }
     void SetUserName(const MString& userName) { m_userName = userName; }
     const MString& GetPassword() const { return m_password; }
@@ -48,7 +48,7 @@ public:
     int GetUseProxyServer() const { return m_useProxyServer; }
     void SetUseProxyServer(int use) { m_useProxyServer = use; }
 
-    // Sets every field in one call, in field order.
+    /// Sets every field in one call, in field order.
     void SetAll(unsigned long accessType, const MString& httpHost, unsigned int httpPort,
                 const MString& httpsHost, unsigned int httpsPort, int useSameForAll,
                 int dontUseForLocal, const MString& bypass, const MString& userName,
@@ -57,11 +57,11 @@ public:
 
     bool IsProxyEnabled() const { return m_accessType != DirectAccess; }
     bool IsUserAuthenticationEnabled() const { return !m_userName.empty() || !m_password.empty(); }
-    // Back to direct access with everything empty.
+    /// Back to direct access with everything empty.
     void ResetDirect();
-    // The proxy list in the form the internet functions take: empty for
-    // direct access, else the ready-made proxy string, else built from the
-    // hosts and ports.
+    /// The proxy list in the form the internet functions take: empty for
+    /// direct access, else the ready-made proxy string, else built from the
+    /// hosts and ports.
     void GetProxyWininetString(MString& out) const;
 
 private:

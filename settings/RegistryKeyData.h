@@ -16,38 +16,38 @@
 #include "webstep/foundation/MString.h"
 
 namespace webstep::platform {
-// A predefined root key.
+/// A predefined root key.
 using HKEY = unsigned long;
 inline constexpr HKEY HKEY_CLASSES_ROOT = 0x80000000ul;
 inline constexpr HKEY HKEY_CURRENT_USER = 0x80000001ul;
 inline constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002ul;
 inline constexpr HKEY HKEY_USERS = 0x80000003ul;
-// The key path of a subkey under a root ("HKEY_CURRENT_USER\Software\x");
-// empty for an unknown root.
+/// The key path of a subkey under a root ("HKEY_CURRENT_USER\Software\x");
+/// empty for an unknown root.
 WEBSTEP_API MString RegistryKeyPath(HKEY root, const char* subKey);
 }  // namespace webstep::platform
 
-// A string or expandable string value; the default for any other type.
+/// A string or expandable string value; the default for any other type.
 WEBSTEP_API MString GetStringKeyData(const char* subKey, const char* valueName,
                                      webstep::platform::HKEY root, const char* defaultValue);
 WEBSTEP_API int SetStringKeyData(const char* subKey, const char* valueName,
                                  webstep::platform::HKEY root, const char* value);
-// A 32-bit number value; the default for any other type (a number written as
-// a string included).
+/// A 32-bit number value; the default for any other type (a number written as
+/// a string included).
 WEBSTEP_API unsigned long GetNumKeyData(const char* subKey, const char* valueName,
                                         webstep::platform::HKEY root, unsigned long defaultValue);
 WEBSTEP_API int SetNumKeyData(const char* subKey, const char* valueName,
                               webstep::platform::HKEY root, unsigned long value);
-// A binary value: returns its length (0 when it is missing or not binary).
-// When it fits into the caller's buffer of `size` bytes it is copied there
-// and *allocated is set to null; otherwise, when `allocated` is not null, a
-// block of its length is taken with malloc, filled and stored in *allocated
-// (the caller frees it with free); with a null `allocated` nothing is copied.
+/// A binary value: returns its length (0 when it is missing or not binary).
+/// When it fits into the caller's buffer of `size` bytes it is copied there
+/// and *allocated is set to null; otherwise, when `allocated` is not null, a
+/// block of its length is taken with malloc, filled and stored in *allocated
+/// (the caller frees it with free); with a null `allocated` nothing is copied.
 WEBSTEP_API unsigned long GetBinKeyData(const char* subKey, const char* valueName,
                                         webstep::platform::HKEY root, unsigned char* buffer,
                                         unsigned long size, unsigned char** allocated);
-// Writes the value when data is not null; without data it writes nothing
-// and succeeds.
+/// Writes the value when data is not null; without data it writes nothing
+/// and succeeds.
 WEBSTEP_API int SetBinKeyData(const char* subKey, const char* valueName,
                               webstep::platform::HKEY root, const unsigned char* data,
                               unsigned long size);

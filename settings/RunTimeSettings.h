@@ -33,10 +33,10 @@ public:
     CProxyInfo& GetProxyInfo() { return m_proxyInfo; }
     const CProxyInfo& GetProxyInfo() const { return m_proxyInfo; }
 
-    // Accepts only the eight known browser ids (exact, case-sensitive);
-    // otherwise returns false and keeps the previous id.
+    /// Accepts only the eight known browser ids (exact, case-sensitive);
+    /// otherwise returns false and keeps the previous id.
     bool SetBrowserId(MString browserId);
-    // Accepts "1.0", "HTTP/1.0", "1.1" and "HTTP/1.1"; stores "1.0" or "1.1".
+    /// Accepts "1.0", "HTTP/1.0", "1.1" and "HTTP/1.1"; stores "1.0" or "1.1".
     bool SetHttpVer(MString httpVer);
     bool SetCustomAgent(MString agent);
     bool SetUseCustomAgent(bool use);
@@ -51,17 +51,17 @@ public:
     bool SetRecorderVersion(unsigned int version);
     bool SetUTF8InputOutput(bool utf8);
 
-    // The custom agent when it is in use, else the browser id.
+    /// The custom agent when it is in use, else the browser id.
     MString GetActualBrowserIdString() const;
-    // "HTTP/1.1" when the version is "1.1", else "HTTP/1.0".
+    /// "HTTP/1.1" when the version is "1.1", else "HTTP/1.0".
     MString GetActualHTTPVerString() const;
 
-    // Restores every default except the proxy information.
+    /// Restores every default except the proxy information.
     void SetDefaults();
 
-    // Neither reports failure: a missing file or key gives the defaults, and
-    // failed writes are ignored. The recorder version is written but never
-    // read back.
+    /// Neither reports failure: a missing file or key gives the defaults, and
+    /// failed writes are ignored. The recorder version is written but never
+    /// read back.
     void SaveToFile(MString path) const;
     void ReadFromFile(MString path);
 
