@@ -14,7 +14,7 @@ class CContextTree;
 /// The browser context of one virtual user: its current and previous context
 /// tree and the parameter hooks. It does not own its trees. The hooks succeed
 /// without doing anything here; derived classes resolve parameters. LockTree
-/// and UnlockTree return false when there is no current tree.
+/// and UnlockTree return true when there is no current tree.
 class WEBSTEP_API CContext {
 public:
     CContext() = default;
