@@ -131,6 +131,26 @@ const std::vector<std::pair<std::string, Setter>>& Setters() {
     return setters;
 }
 
+// What a key takes, for the message that refuses a value.
+std::string AcceptedValues(const std::string& key) {
+    auto is = [&key](const char* name) { return strcasecmp(key.c_str(), name) == 0; };
+    if (is("BrowserType")) {
+        std::string text = "it takes one of:";
+        for (const char* id : CRunTimeSettings::BrowserIds)
+            text += std::string(" \"") + id + "\"";
+        return text;
+    }
+    if (is("HttpVer"))
+        return "it takes 1.0 or 1.1";
+    if (is("AnalogMode"))
+        return "it takes 0, 1 or 2";
+    if (is("ProxyHTTPPort") || is("ProxyHTTPSPort"))
+        return "it takes a port number from 0 to 65535";
+    if (is("WebRecorderVersion"))
+        return "it takes a decimal number";
+    return "it takes Yes/No, True/False or 1/0";
+}
+
 nlohmann::ordered_json ToJson(const CRunTimeSettings& s) {
     const CProxyInfo& p = s.GetProxyInfo();
     MString proxyList;
@@ -210,7 +230,7 @@ int RunSettings(const SettingsOptions& options) {
             }
             if (!(*setter)(settings, value)) {
                 std::cerr << "webstep settings: \"" << value << "\" is not a valid value for "
-                          << key << '\n';
+                          << key << "; " << AcceptedValues(key) << '\n';
                 return 2;
             }
         }

@@ -53,9 +53,9 @@ const char* SchemeName(INTERNET_SCHEME scheme) {
 std::string ErrorText(DWORD error) {
     switch (error) {
         case ERROR_INTERNET_UNRECOGNIZED_SCHEME:
-            return "unrecognized scheme";
+            return "unrecognized scheme: give an absolute URL such as http://host/path";
         case ERROR_INVALID_PARAMETER:
-            return "invalid parameter";
+            return "invalid parameter: give a non-empty URL";
         case ERROR_INSUFFICIENT_BUFFER:
             return "insufficient buffer";
         default:

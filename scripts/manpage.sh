@@ -7,7 +7,7 @@ tool=$1
 out=$2
 include=$(mktemp)
 trap 'rm -f "$include"' EXIT
-commands=$("$tool" --help | awk '/^Subcommands:/{on=1; next} on && /^  [a-z]/{print $1}')
+commands=$("$tool" --help | awk '/^Subcommands:/{on=1; next} /^[^ ]/{on=0} on && /^  [a-z]/{print $1}')
 {
   echo '[COMMANDS]'
   section() {
@@ -19,7 +19,7 @@ commands=$("$tool" --help | awk '/^Subcommands:/{on=1; next} on && /^  [a-z]/{pr
   for c in $commands; do
     section "$c"
     # Commands with commands of their own (url crack, ...) get one section each.
-    for s in $("$tool" "$c" --help | awk '/^Subcommands:/{on=1; next} on && /^  [a-z]/{print $1}'); do
+    for s in $("$tool" "$c" --help | awk '/^Subcommands:/{on=1; next} /^[^ ]/{on=0} on && /^  [a-z]/{print $1}'); do
       section "$c" "$s"
     done
   done

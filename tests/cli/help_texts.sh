@@ -5,7 +5,7 @@ set -euo pipefail
 tool=$1
 fail() { echo "FAIL: $*" >&2; exit 1; }
 
-commands=$("$tool" --help | awk '/^Subcommands:/{on=1; next} on && /^  [a-z]/{print $1}')
+commands=$("$tool" --help | awk '/^Subcommands:/{on=1; next} /^[^ ]/{on=0} on && /^  [a-z]/{print $1}')
 [ -n "$commands" ] || fail "the main help lists no commands"
 checked=0
 check_help() {
@@ -27,7 +27,7 @@ check_help() {
 check_help
 for c in $commands; do
   check_help "$c"
-  for s in $("$tool" "$c" --help | awk '/^Subcommands:/{on=1; next} on && /^  [a-z]/{print $1}'); do
+  for s in $("$tool" "$c" --help | awk '/^Subcommands:/{on=1; next} /^[^ ]/{on=0} on && /^  [a-z]/{print $1}'); do
     check_help "$c" "$s"
   done
 done
@@ -55,4 +55,25 @@ out=$("$tool" lint --lang fr examples 2>&1); rc=$?
 set -e
 [ "$rc" -eq 2 ] || fail "a wrong --lang exits with $rc, not 2"
 grep -q 'fr not in {zh,en}' <<<"$out" || fail "the allowed languages are not shown: $out"
+# A refused value is shown with what the key takes; a text that is no URL
+# with what a URL looks like.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+printf '[WEB]\r\nHttpVer=1.1\r\n' > "$work/default.cfg"
+set +e
+out=$("$tool" settings "$work/default.cfg" --set HttpVer=3 2>&1); rc=$?
+set -e
+[ "$rc" -eq 2 ] || fail "a wrong HTTP version exits with $rc, not 2"
+grep -q '"3" is not a valid value for HttpVer; it takes 1.0 or 1.1' <<<"$out" ||
+  fail "the HTTP versions are not shown: $out"
+set +e
+out=$("$tool" settings "$work/default.cfg" --set KeepAlive=perhaps 2>&1)
+set -e
+grep -q 'it takes Yes/No, True/False or 1/0' <<<"$out" || fail "the switch values are not shown: $out"
+set +e
+out=$("$tool" url crack no-scheme 2>&1); rc=$?
+set -e
+[ "$rc" -eq 1 ] || fail "a text without scheme exits with $rc, not 1"
+grep -q 'give an absolute URL such as http://host/path' <<<"$out" ||
+  fail "the form of a URL is not shown: $out"
 echo "help texts: $checked options with examples"
