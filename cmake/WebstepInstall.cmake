@@ -54,9 +54,13 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR
 
 if(TARGET webstep_cli)
   install(TARGETS webstep_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-  # The man page is written from the tool's own help texts.
+  # The man page is written from the tool's own help texts. Sanitizer builds
+  # are for testing and are not installed, so they skip it (running an
+  # instrumented tool at build time would only slow them down).
   find_program(WEBSTEP_HELP2MAN help2man)
-  if(WEBSTEP_HELP2MAN)
+  if(WEBSTEP_SANITIZE OR WEBSTEP_TSAN OR WEBSTEP_FUZZ)
+    # nothing to write
+  elseif(WEBSTEP_HELP2MAN)
     add_custom_command(OUTPUT ${PROJECT_BINARY_DIR}/webstep.1
       COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/manpage.sh $<TARGET_FILE:webstep_cli>
               ${PROJECT_BINARY_DIR}/webstep.1
