@@ -27,9 +27,14 @@ soname=$(objdump -p "$libdir/libwebstep.so" | awk '/SONAME/{print $2}')
 [ -e "$libdir/$soname" ] || fail "no $soname beside the library"
 [ -f "$libdir/libwebstep.a" ] || fail "libwebstep.a is not installed"
 for f in include/webstep/webstep.h include/webstep/forms/Form.h include/webstep/foundation/Export.h \
-         bin/webstep share/man/man1/webstep.1; do
+         bin/webstep share/doc/webstep/README.md share/doc/webstep/examples/forms.cpp; do
   [ -e "$prefix/$f" ] || fail "$f is not installed"
 done
+# The man page needs help2man at build time (the bootstrap installs it).
+if command -v help2man >/dev/null; then
+  [ -s "$prefix/share/man/man1/webstep.1" ] || fail "the man page is not installed"
+  grep -q '^\.SS url crack' "$prefix/share/man/man1/webstep.1" || fail "the man page lacks the commands"
+fi
 [ -f "$libdir/cmake/webstep/webstepConfig.cmake" ] || fail "the CMake package is not installed"
 [ -f "$libdir/pkgconfig/webstep.pc" ] || fail "webstep.pc is not installed"
 "$prefix/bin/webstep" --version | grep -q '^webstep [0-9]' || fail "the installed tool does not run"
