@@ -1,0 +1,154 @@
+// Long runs (text, comment text, quoted values, skipped sections, bytes of a
+// JIS sequence) are one token whatever their length and wherever the pieces
+// are cut; trailing white space of names is cut by whole characters.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "HTMLTestSupport.h"
+#include "webstep/platform/CodePage.h"
+
+using webstep::test::FeedLexer;
+using webstep::test::RecordedToken;
+using webstep::test::TokenRecorder;
+using webstep::test::Tokens;
+using Strings = std::vector<std::string>;
+
+namespace {
+
+class CodePageGuard {
+public:
+    explicit CodePageGuard(unsigned cp) { webstep::platform::SetProcessCodePage(cp); }
+    ~CodePageGuard() { webstep::platform::SetProcessCodePage(0); }
+};
+
+std::vector<RecordedToken> AllTokens(const std::string& text, std::size_t piece) {
+    TokenRecorder rec;
+    CHTMLLexer lexer(&rec, true);
+    FeedLexer(lexer, text, piece);
+    return rec.tokens;
+}
+
+// A run body of the given length: letters, spaces, a newline now and then
+// and a NUL byte, none of which ends any run.
+std::string Body(std::size_t length) {
+    std::string s;
+    s.reserve(length);
+    for (std::size_t i = 0; s.size() < length; ++i) {
+        s += i % 61 == 60 ? '\n' : (i % 97 == 50 ? '\0' : static_cast<char>('a' + i % 26));
+    }
+    return s;
+}
+
+struct RunCase {
+    const char* name;
+    std::string before;
+    std::string after;
+    int sink;
+    const char* kind;  // the token that holds the run, with its prefix
+    std::string prefix;
+    std::string suffix;
+};
+
+std::vector<RunCase> Cases() {
+    return {
+        {"text", "<p>", "</p>", HTML_SINK_TAG_DATA, "Data", "", ""},
+        {"comment", "<!--", "-->", HTML_SINK_AUX_MARKUP, "Comment", "", ""},
+        {"double-quoted value", "<a href=\"", "\">", HTML_SINK_TAG_DATA, "Literal", "\"", "\""},
+        {"single-quoted value", "<a href='", "'>", HTML_SINK_TAG_DATA, "Literal", "'", "'"},
+        {"JIS bytes", "\x1b$B", "\x1b(B", HTML_SINK_AUX_MARKUP, "(multi-byte encoding)", "", ""},
+    };
+}
+
+TEST(HTMLLongRun, RunIsOneTokenAtEveryLengthAndPieceSize) {
+    for (const RunCase& c : Cases()) {
+        for (std::size_t length : {1, 15, 16, 17, 31, 32, 33, 4095, 4096, 4097, 70000}) {
+            const std::string body = Body(length);
+            const std::string page = "<b>" + c.before + body + c.after + "<i>";
+            const std::vector<RecordedToken> whole = AllTokens(page, 0);
+            int runs = 0;
+            for (const RecordedToken& t : whole) {
+                if (t.sink == c.sink && CHTMLLexer::TokenName(t.kind) == std::string(c.kind)) {
+                    ++runs;
+                    EXPECT_EQ(t.text, c.prefix + body + c.suffix) << c.name << " " << length;
+                }
+            }
+            EXPECT_EQ(runs, 1) << c.name << " " << length;
+            for (std::size_t piece : {1, 2, 7, 16, 17, 1000, 4096}) {
+                if (piece < 16 && length > 5000) {
+                    continue;  // covered by the shorter runs, and slow
+                }
+                EXPECT_EQ(AllTokens(page, piece), whole)
+                    << c.name << " of " << length << " bytes in pieces of " << piece;
+            }
+        }
+    }
+}
+
+TEST(HTMLLongRun, SkippedSectionOfAnyLengthIsReportedOnceAndEnds) {
+    for (std::size_t length : {15, 16, 17, 5000}) {
+        const std::string page = "<![ " + Body(length) + " ]]>after";
+        const std::vector<RecordedToken> whole = AllTokens(page, 0);
+        int skipping = 0;
+        for (const RecordedToken& t : whole) {
+            skipping += t.text == "declaration subset: skipping" ? 1 : 0;
+        }
+        EXPECT_EQ(skipping, 1) << length;
+        EXPECT_EQ(whole.back().text, "DEBUG: EOF reached");
+        EXPECT_EQ(Tokens(page), (Strings{"Data:after"})) << length;
+        for (std::size_t piece : {1, 16, 17, 4096}) {
+            EXPECT_EQ(AllTokens(page, piece), whole) << length << " in pieces of " << piece;
+        }
+    }
+}
+
+TEST(HTMLLongRun, LongRunCountsItsLines) {
+    TokenRecorder rec;
+    CHTMLLexer lexer(&rec, true);
+    std::string page = "<p>";
+    for (int i = 0; i < 1000; ++i) {
+        page += "a line of text that goes on for a while\n";
+    }
+    FeedLexer(lexer, page, 4096);
+    EXPECT_EQ(lexer.line(), 1001);
+}
+
+TEST(HTMLLongRun, RunEndsAtEachOfItsStopBytes) {
+    const std::string run(40, 'r');
+    EXPECT_EQ(Tokens(run + "<b>" + run),
+              (Strings{"Data:" + run, "Start Tag:<b", "Tag Close:>", "Data:" + run}));
+    EXPECT_EQ(Tokens(run + "&amp;" + run),
+              (Strings{"Data:" + run, "Entity:&amp", "RefC:;", "Data:" + run}));
+    EXPECT_EQ(Tokens(run + "]" + run), (Strings{"Data:" + run, "Data:]", "Data:" + run}));
+    EXPECT_EQ(Tokens(run + "\x1b" + run), (Strings{"Data:" + run, "Data:\x1b", "Data:" + run}));
+    EXPECT_EQ(Tokens("<!--" + run + "-" + run + "-->", HTML_SINK_AUX_MARKUP),
+              (Strings{"Markup Decl:<!", "Comment:" + run, "Comment:-", "Comment:" + run,
+                       "Tag Close:>"}));
+}
+
+TEST(HTMLLongRunNames, AsciiNameLosesTrailingWhiteSpace) {
+    EXPECT_EQ(Tokens("<p Name  \t=v>"),
+              (Strings{"Start Tag:<p", "Attr Name:name", "Name Token:v", "Tag Close:>"}));
+}
+
+TEST(HTMLLongRunNames, MultiByteSpaceAtTheEndOfANameIsCut) {
+    CodePageGuard guard(webstep::platform::CP_UTF8);
+    // U+3000 ideographic space after the name; U+00E9 inside it stays.
+    EXPECT_EQ(Tokens("<p n\xC3\xA9\xE3\x80\x80>"),
+              (Strings{"Start Tag:<p", "Attr Name:", "Name:n\xC3\xA9", "Tag Close:>"}));
+    EXPECT_EQ(Tokens("<p n\xE3\x80\x80x>"),
+              (Strings{"Start Tag:<p", "Attr Name:", "Name:n\xE3\x80\x80x", "Tag Close:>"}));
+}
+
+TEST(HTMLLongRunNames, ShiftJisSpaceWhoseTrailByteIsAsciiIsCutWhole) {
+    CodePageGuard guard(webstep::platform::CP_SHIFT_JIS);
+    // 0x81 0x40 is the ideographic space; its trail byte is "@".
+    EXPECT_EQ(Tokens("<p n\x81\x40>"),
+              (Strings{"Start Tag:<p", "Attr Name:", "Name:n", "Tag Close:>"}));
+    // 0x82 0x4F (a full-width digit, trail byte "O") is no space and stays.
+    EXPECT_EQ(Tokens("<p n\x82\x4f>"),
+              (Strings{"Start Tag:<p", "Attr Name:", "Name:n\x82\x4f", "Tag Close:>"}));
+}
+
+}  // namespace
