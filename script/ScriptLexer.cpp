@@ -210,8 +210,13 @@ void CScriptLexer::LexLiteral(ScriptToken& token, char quote) {
             webstep::platform::IsLeadByte(m_nCodePage, c)) {
             char n = d[m_nPos + 1];
             // A quote, a line end or a NUL is never taken as a trail byte:
-            // the literal would otherwise swallow the rest of its line.
-            if (n != quote && n != '\n' && n != '\r' && n != '\0') {
+            // the literal would otherwise swallow the rest of its line. In
+            // UTF-8 only a continuation byte follows a lead byte, so a
+            // backslash after a stray lead byte (text of another code page)
+            // still escapes what follows, as a compiler reads it.
+            const bool trail = m_nCodePage != webstep::platform::CP_UTF8 ||
+                               (static_cast<unsigned char>(n) & 0xC0) == 0x80;
+            if (trail && n != quote && n != '\n' && n != '\r' && n != '\0') {
                 m_nPos += 2;
                 continue;
             }

@@ -108,6 +108,20 @@ TEST(ScriptReaderLexer, LeadByteBeforeAQuoteDoesNotSwallowIt) {
     EXPECT_TRUE(l.problems.empty());
 }
 
+TEST(ScriptReaderLexer, InUtf8AnAsciiByteAfterALeadByteStandsAlone) {
+    // GBK text ending in C0 ED (a UTF-8 lead byte) before an escaped quote:
+    // read in UTF-8 the backslash still escapes the quote, so the literal
+    // ends at its real end and the next call is not lost.
+    std::string text = "f(\"\xC0\xED\\\"}\", LAST); g(\"x\");";
+    Lexed utf8 = Lex(text, webstep::platform::CP_UTF8);
+    EXPECT_EQ(utf8.texts, (Texts{"f", "(", "\"\xC0\xED\\\"}\"", ",", "LAST", ")", ";", "g", "(",
+                                 "\"x\"", ")", ";"}));
+    EXPECT_TRUE(utf8.problems.empty());
+    // A real UTF-8 character keeps its continuation bytes.
+    Lexed letters = Lex("\"\xE4\xBA\xBA\\\"\" y", webstep::platform::CP_UTF8);
+    EXPECT_EQ(letters.texts, (Texts{"\"\xE4\xBA\xBA\\\"\"", "y"}));
+}
+
 TEST(ScriptReaderLexer, ByteOrderMarkIsSkipped) {
     std::string text = "\xEF\xBB\xBFx";
     CScriptLexer lexer(text.data(), text.size(), webstep::platform::CP_UTF8);
