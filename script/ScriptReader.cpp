@@ -1,5 +1,7 @@
 #include "webstep/script/ScriptReader.h"
 
+#include <strings.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cctype>
@@ -70,8 +72,11 @@ const char* const kStepFunctions[] = {
 
 // A literal that begins like an attribute: a name of letters, digits and
 // underscores (options after slashes allowed) and an equals sign. A literal
-// that ends with "&", ";", "," or a space continues a value (a query, a
-// cookie list) and is not taken as a whole attribute.
+// that ends with "&", ";", "," or a space continues its value in the next
+// literal (a query, a cookie list), and so does a body attribute with nothing
+// after its equals sign ("Body=" with the body in the next literal); these
+// are not taken as whole attributes. An empty attribute of another name
+// ("Referer=") is one.
 bool LooksLikeAttribute(const char* text, size_t length) {
     size_t i = 0;
     if (length == 0 || !std::isalpha(static_cast<unsigned char>(text[0])))
@@ -82,6 +87,8 @@ bool LooksLikeAttribute(const char* text, size_t length) {
     if (i >= length || text[i] != '=')
         return false;
     const char last = text[length - 1];
+    if (i + 1 == length && length >= 5 && strncasecmp(text, "body", 4) == 0)
+        return false;
     return last != '&' && last != ';' && last != ',' && last != ' ';
 }
 
