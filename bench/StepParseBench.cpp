@@ -18,6 +18,7 @@ CObjectRepository& Repository() {
     static CObjectRepository repository = [] {
         CObjectRepository r;
         CWebStepParse::UpdateRepository(r);
+        CWebStepParse::UpdateRepositoryExtended(r);
         return r;
     }();
     return repository;
@@ -88,6 +89,19 @@ void BM_WebSubmitData30ItemsThroughRepository(benchmark::State& state) {
     ParseThroughRepository(state, "web_submit_data", call);
 }
 BENCHMARK(BM_WebSubmitData30ItemsThroughRepository);
+
+// The most frequent call of current script versions: a boundary rule with
+// options and a filter section.
+void BM_WebRegSaveParamExThroughRepository(benchmark::State& state) {
+    Call call;
+    for (const char* a : {"ParamName=Csrf", "LB/IC=name=\"csrf\" value=\"", "RB/IC=\"",
+                          "Ordinal=2", "NotFound=warning", "SEARCH_FILTERS", "Scope=Body",
+                          "RequestUrl=*/login*", "IgnoreRedirections=Yes", "LAST"})
+        call.Add(a);
+    call.Seal();
+    ParseThroughRepository(state, "web_reg_save_param_ex", call);
+}
+BENCHMARK(BM_WebRegSaveParamExThroughRepository);
 
 // The reading a submit-data step does: attributes up to ITEMDATA, then the
 // item list into a data set.
