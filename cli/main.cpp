@@ -1,5 +1,6 @@
 #include "EscapeCommand.h"
 #include "FormCommand.h"
+#include "InspectCommand.h"
 #include "LintCommand.h"
 #include "PageCommand.h"
 #include "SettingsCommand.h"
@@ -69,6 +70,7 @@ int main(int argc, char** argv) {
     webstep::cli::AddPageCommand(app, &exitCode);
     webstep::cli::AddFormCommand(app, &exitCode);
     webstep::cli::AddSettingsCommand(app, &exitCode);
+    webstep::cli::AddInspectCommand(app, &exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {

@@ -1,0 +1,1040 @@
+#include "InspectCommand.h"
+
+#include "ScriptCheck.h"
+
+#include "webstep/context/ContextPage.h"
+#include "webstep/context/ContextTree.h"
+#include "webstep/forms/Data.h"
+#include "webstep/forms/DataSet.h"
+#include "webstep/forms/Form.h"
+#include "webstep/forms/RequestBody.h"
+#include "webstep/forms/Resource.h"
+#include "webstep/forms/StepResolver.h"
+#include "webstep/html/HTMLForm.h"
+#include "webstep/html/HTMLLink.h"
+#include "webstep/settings/RunTimeSettings.h"
+#include "webstep/steps/WebStepCustomRequest.h"
+#include "webstep/steps/WebStepError.h"
+#include "webstep/steps/WebStepLink.h"
+#include "webstep/steps/WebStepSubmitData.h"
+
+#include <strings.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace webstep::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct InspectOptions {
+    std::string folder;
+    bool json = false;
+    std::string settings;
+    std::vector<std::string> order;
+    // Parse with the 49 functions of the step grammar only; by default the
+    // extended set that current script versions call is known too.
+    bool specOnly = false;
+};
+
+// The text output cuts bodies here; --json always has them whole.
+constexpr size_t kBodyLimit = 4000;
+// Frames of frames are followed this deep.
+constexpr unsigned int kFrameDepth = 8;
+// A progress line is worth it only for folders of this many steps or more.
+constexpr size_t kProgressThreshold = 50;
+
+bool ReadWholeFile(const fs::path& path, std::string& text) {
+    std::error_code ec;
+    if (!fs::is_regular_file(path, ec))
+        return false;
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        return false;
+    text.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return !in.bad();
+}
+
+std::string Lower(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+// A file holds a settings section "WEB" when one of its lines, trimmed, reads
+// "[WEB]" in any letter case.
+bool HasWebSection(const fs::path& path) {
+    std::string text;
+    if (!ReadWholeFile(path, text) || text.size() > (8u << 20))
+        return false;
+    std::istringstream lines(text);
+    std::string line;
+    while (std::getline(lines, line)) {
+        const size_t first = line.find_first_not_of(" \t\r");
+        const size_t last = line.find_last_not_of(" \t\r");
+        if (first != std::string::npos && Lower(line.substr(first, last - first + 1)) == "[web]")
+            return true;
+    }
+    return false;
+}
+
+// The settings file of a folder: the first file (by name, .cfg files first)
+// directly in the folder with a "WEB" section; empty when there is none.
+std::string FindSettingsFile(const fs::path& folder) {
+    std::vector<fs::path> candidates;
+    std::error_code ec;
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+        std::error_code fileEc;
+        if (it->is_regular_file(fileEc) && it->path().extension() != ".c" &&
+            it->path().extension() != ".h")
+            candidates.push_back(it->path());
+    }
+    std::sort(candidates.begin(), candidates.end(), [](const fs::path& a, const fs::path& b) {
+        const bool ca = a.extension() == ".cfg", cb = b.extension() == ".cfg";
+        return ca != cb ? ca : a.filename() < b.filename();
+    });
+    for (const fs::path& path : candidates)
+        if (HasWebSection(path))
+            return path.string();
+    return std::string();
+}
+
+// Action files directly in the folder: names holding "init" first, names
+// holding "end" last, the rest between them, each group by name.
+std::vector<std::string> DefaultOrder(const fs::path& folder) {
+    std::vector<std::string> names;
+    std::error_code ec;
+    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
+        std::error_code fileEc;
+        if (it->is_regular_file(fileEc) && it->path().extension() == ".c")
+            names.push_back(it->path().filename().string());
+    }
+    auto rank = [](const std::string& name) {
+        const std::string lower = Lower(name);
+        if (lower.find("init") != std::string::npos)
+            return 0;
+        if (lower.find("end") != std::string::npos)
+            return 2;
+        return 1;
+    };
+    std::sort(names.begin(), names.end(), [&](const std::string& a, const std::string& b) {
+        return rank(a) != rank(b) ? rank(a) < rank(b) : a < b;
+    });
+    return names;
+}
+
+// "t5.inf" gives "t5": the snapshot's base name, from which the page files
+// are named.
+MString SnapshotBase(const MString& snapshot) {
+    MString base = snapshot;
+    const size_t slash = base.find_last_of("/\\");
+    if (slash != MString::npos)
+        base.erase(0, slash + 1);
+    const size_t dot = base.rfind('.');
+    if (dot != MString::npos && dot != 0)
+        base.erase(dot);
+    return base;
+}
+
+bool IsParameter(const MString& text) {
+    return text.size() >= 2 && text.front() == '{' && text.back() == '}';
+}
+
+// A form body URL-encodes the braces of parameter references; a reader wants
+// them as the script writes them, since the replay substitutes them.
+MString KeepParameterReferences(const MString& body) {
+    MString out;
+    size_t i = 0;
+    while (i < body.size()) {
+        if (body.compare(i, 3, "%7B") == 0) {
+            size_t j = i + 3;
+            while (j < body.size() && (std::isalnum(static_cast<unsigned char>(body[j])) ||
+                                       body[j] == '_' || body[j] == '-' || body[j] == '.'))
+                ++j;
+            if (j > i + 3 && body.compare(j, 3, "%7D") == 0) {
+                out += '{';
+                out.append(body, i + 3, j - i - 3);
+                out += '}';
+                i = j + 3;
+                continue;
+            }
+        }
+        out += body[i++];
+    }
+    return out;
+}
+
+bool IsHtmlContentType(const MString& type) {
+    const std::string lower = Lower(type);
+    return lower.empty() || lower.find("html") != std::string::npos;
+}
+
+// The page the steps act on: the document tree of the last navigation step.
+struct PageState {
+    std::unique_ptr<CContextTree> tree;  // null before the first navigation
+    MString snapshot;                    // the step's "Snapshot" value
+    std::string file;                    // the page file looked for
+    bool loaded = false;
+};
+
+OrderedJson UrlJson(const CURLParser& url) {
+    return url.IsValid() ? OrderedJson(JsonText(url.GetFullURLWithSearch())) : OrderedJson();
+}
+
+class CInspector {
+public:
+    CInspector(const InspectOptions& options, fs::path folder)
+        : m_Options(options), m_Folder(std::move(folder)), m_Runner(!options.specOnly) {}
+
+    int Run();
+
+private:
+    OrderedJson SettingsJson();
+    void InspectFile(const std::string& name, OrderedJson& fileJson);
+    OrderedJson InspectCall(const ScriptCall& call);
+    void Navigate(CWebActionStep& step, const CURLParser& url, OrderedJson& entry);
+    bool PageReady(OrderedJson& entry);
+    void RequestOfCustomRequest(const CWebStepCustomRequest& step, bool isUrlStep,
+                                OrderedJson& entry, CURLParser& url);
+    void RequestOfSubmitData(CWebStepSubmitData& step, OrderedJson& entry, CURLParser& url);
+    bool ResolveLinkOrImage(CWebContextStep& step, bool image, OrderedJson& entry, CURLParser& url);
+    bool ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLParser& url);
+    CURLParser Absolute(const MString& text, bool& relative) const;
+    CHTMLVParser* LoadPage(const MString& name);
+    std::string DataPath(const MString& name) const { return (m_Folder / "data" / name).string(); }
+    void Progress();
+
+    const InspectOptions& m_Options;
+    fs::path m_Folder;
+    CStepRunner m_Runner;
+    PageState m_Page;
+    size_t m_TotalSteps = 0;
+    size_t m_DoneSteps = 0;
+    bool m_ShowProgress = false;
+    size_t m_Navigations = 0, m_Resolved = 0, m_Unresolved = 0, m_NotParsed = 0;
+    std::vector<std::string> m_Problems;
+};
+
+void Unresolved(OrderedJson& entry, const std::string& why) {
+    if (!entry.contains("unresolved"))
+        entry["unresolved"] = OrderedJson::array();
+    entry["unresolved"].push_back(JsonText(why));
+}
+
+CHTMLVParser* CInspector::LoadPage(const MString& name) {
+    std::string text;
+    if (!ReadWholeFile(DataPath(name), text))
+        return nullptr;
+    return CContextPage::Scan(text);
+}
+
+CURLParser CInspector::Absolute(const MString& text, bool& relative) const {
+    relative = false;
+    CURLParser url(text.c_str());
+    if (url.IsValid() && url.IsWellKnownScheme())
+        return url;
+    // A relative address is taken against the current page, as a browser does.
+    if (m_Page.tree && m_Page.tree->GetUrl().IsValid()) {
+        CURLParser combined(m_Page.tree->GetUrl(), text.c_str());
+        if (combined.IsValid()) {
+            relative = true;
+            return combined;
+        }
+    }
+    return url;
+}
+
+bool CInspector::PageReady(OrderedJson& entry) {
+    if (!m_Page.tree) {
+        Unresolved(entry, "no navigation step before this one, so there is no page to act on");
+        return false;
+    }
+    if (!m_Page.loaded) {
+        if (m_Page.snapshot.empty())
+            Unresolved(entry,
+                       "the previous navigation step has no Snapshot, so its page is not "
+                       "recorded");
+        else
+            Unresolved(entry, "the page of the previous navigation step is not recorded (" +
+                                  m_Page.file + " not found)");
+        return false;
+    }
+    return true;
+}
+
+// After a navigation step: its recorded page becomes the page the next
+// context step acts on. A resource request or a response that is not HTML
+// (an API call) leaves the page as it was, as in a browser.
+void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJson& entry) {
+    auto* contextless = dynamic_cast<CWebContextlessStep*>(&step);
+    if (contextless != nullptr &&
+        (contextless->GetResource() || !IsHtmlContentType(contextless->GetContentType()))) {
+        entry["page"] = OrderedJson{{"changes", false}};
+        return;
+    }
+    m_Page = PageState();
+    m_Page.tree = std::make_unique<CContextTree>();
+    m_Page.tree->SetUrl(url);
+    m_Page.snapshot = step.GetSnapshot();
+    OrderedJson page{{"changes", true}, {"snapshot", JsonText(m_Page.snapshot)}};
+    if (m_Page.snapshot.empty()) {
+        page["loaded"] = false;
+        entry["page"] = page;
+        return;
+    }
+    const MString base = SnapshotBase(m_Page.snapshot);
+    const MString fileName = m_Page.tree->ComputeSnapshotFileName("", "text/html", base, false);
+    m_Page.file = "data/" + fileName;
+    page["file"] = JsonText(m_Page.file);
+    CHTMLVParser* html = LoadPage(fileName);
+    m_Page.loaded = html != nullptr;
+    page["loaded"] = m_Page.loaded;
+    if (html == nullptr) {
+        entry["page"] = page;
+        return;
+    }
+    m_Page.tree->SetTree(html);
+    CStepResolver::PlaceFrames(
+        *m_Page.tree, base, [this](const MString& name) { return LoadPage(name); }, kFrameDepth);
+    m_Page.tree->UpdateRelFrameId(nullptr);
+    page["title"] = html->title() != nullptr ? JsonText(html->title()) : OrderedJson();
+    page["forms"] = html->nForms();
+    page["links"] = html->nLinks();
+    OrderedJson frames = OrderedJson::array();
+    CContextTreeIterator it(m_Page.tree.get());
+    for (CContextTree* node = it.GetNext(); node != nullptr; node = it.GetNext()) {
+        if (node == m_Page.tree.get())
+            continue;
+        frames.push_back(OrderedJson{{"id", JsonText(node->GetRelFrameId())},
+                                     {"name", JsonText(node->GetFrameName())},
+                                     {"file", JsonText("data/" + node->GetSnapshotFileName())},
+                                     {"loaded", node->GetTree() != nullptr},
+                                     {"url", UrlJson(node->GetUrl())}});
+    }
+    page["frames"] = frames;
+    entry["page"] = page;
+}
+
+void CInspector::RequestOfCustomRequest(const CWebStepCustomRequest& step, bool isUrlStep,
+                                        OrderedJson& entry, CURLParser& url) {
+    bool relative = false;
+    url = Absolute(step.GetUrl(), relative);
+    OrderedJson request{
+        {"method", JsonText(isUrlStep ? MString("GET") : step.GetMethod())},
+        {"url", url.IsValid() ? JsonText(url.GetFullURLWithSearch()) : JsonText(step.GetUrl())}};
+    if (!url.IsValid())
+        Unresolved(entry, "the URL \"" + step.GetUrl() + "\" is not a valid address");
+    else if (relative)
+        request["relative_to"] = JsonText(m_Page.tree->GetUrl().GetFullURLWithSearch());
+    if (step.GetUseEncType() || !step.GetEncType().empty())
+        request["content_type"] = JsonText(step.GetEncType());
+    // The body as the parts are written, in order: texts as they are, binary
+    // parts in their escaped script form, body variables by name.
+    MString body;
+    OrderedJson parts = OrderedJson::array();
+    for (const auto& part : step.GetBody()) {
+        const char* kind = "text";
+        if (part.encoding == CWebStepCustomRequest::BODY_BINARY)
+            kind = "binary";
+        else if (part.encoding == CWebStepCustomRequest::BODY_UNICODE)
+            kind = "unicode";
+        else if (part.encoding == CWebStepCustomRequest::BODY_VARIABLE)
+            kind = "variable";
+        parts.push_back(OrderedJson{{"kind", kind},
+                                    {"attribute", JsonText(part.attributeName)},
+                                    {"value", JsonText(part.value)}});
+        body += part.encoding == CWebStepCustomRequest::BODY_VARIABLE
+                    ? "<" + part.attributeName + " from qzw_custom_body.h>"
+                    : part.value;
+    }
+    if (!step.GetRawBodyStartEnd().empty())
+        request["raw_body"] = true;
+    if (!parts.empty()) {
+        request["body"] = JsonText(body);
+        request["body_parts"] = parts;
+    }
+    entry["request"] = request;
+}
+
+void CInspector::RequestOfSubmitData(CWebStepSubmitData& step, OrderedJson& entry,
+                                     CURLParser& url) {
+    bool relative = false;
+    url = Absolute(step.GetAction(), relative);
+    const bool get = strcasecmp(step.GetMethod().c_str(), "GET") == 0;
+    const bool multipart = Lower(step.GetEncType()).find("multipart/form-data") == 0;
+    MString body;
+    // A fixed boundary keeps the shown body stable from run to run.
+    const MString boundary = multipart && !get ? "----webstepBoundary" : "";
+    if (boundary.empty())
+        CRequestBody::CreateArgumentsFromDataSkipParams(step.GetDataSet(), "{", "}", body);
+    else
+        CRequestBody::CreateArgumentsFromData(step.GetDataSet(), boundary, false, body);
+    OrderedJson request{{"method", get ? "GET" : "POST"}};
+    if (!url.IsValid()) {
+        Unresolved(entry, "the Action \"" + step.GetAction() + "\" is not a valid address");
+        request["url"] = JsonText(step.GetAction());
+    } else {
+        if (get && !body.empty()) {
+            // A GET submission sends its data in the query.
+            const MString full = url.GetFullURLWithSearch();
+            const MString withQuery = full + (full.find('?') == MString::npos ? "?" : "&") + body;
+            CURLParser queried(withQuery.c_str());
+            if (queried.IsValid())
+                url = queried;
+            request["url"] = JsonText(withQuery);
+        } else {
+            request["url"] = JsonText(url.GetFullURLWithSearch());
+        }
+        if (relative)
+            request["relative_to"] = JsonText(m_Page.tree->GetUrl().GetFullURLWithSearch());
+    }
+    if (!get) {
+        request["content_type"] = multipart ? "multipart/form-data; boundary=" + boundary
+                                            : MString("application/x-www-form-urlencoded");
+        request["body"] = JsonText(body);
+    }
+    request["items"] = step.GetDataSet().GetNumElements();
+    entry["request"] = request;
+}
+
+OrderedJson TargetJson(const StepTarget& target, const char* kind) {
+    OrderedJson json{{"kind", kind}, {"text", JsonText(target.text)}};
+    if (target.link != nullptr && target.link->url() != nullptr)
+        json["href"] = JsonText(target.link->url());
+    if (target.node != nullptr) {
+        json["document"] = JsonText(target.node->GetParent() != nullptr
+                                        ? "data/" + target.node->GetSnapshotFileName()
+                                        : MString());
+        if (target.node->GetParent() != nullptr) {
+            json["frame_id"] = JsonText(target.node->GetRelFrameId());
+            json["frame"] = JsonText(target.node->GetFrameName());
+        }
+    }
+    return json;
+}
+
+bool CInspector::ResolveLinkOrImage(CWebContextStep& step, bool image, OrderedJson& entry,
+                                    CURLParser& url) {
+    if (!PageReady(entry))
+        return false;
+    StepTarget target;
+    MString why;
+    bool found = false;
+    if (image) {
+        const auto& imageStep = static_cast<CWebStepImage&>(step);
+        found = CStepResolver::FindImage(*m_Page.tree, step.GetAttributes(), imageStep.GetX(),
+                                         imageStep.GetY(), target, why);
+    } else {
+        found = CStepResolver::FindLink(*m_Page.tree, step.GetAttributes(), target, why);
+    }
+    if (!found) {
+        Unresolved(entry, why + " in " + m_Page.file);
+        return false;
+    }
+    OrderedJson json = TargetJson(target, image ? "image" : "link");
+    if (json["document"].is_string() && json["document"].get<std::string>().empty())
+        json["document"] = JsonText(MString(m_Page.file));
+    entry["target"] = json;
+    url = target.url;
+    if (!url.IsValid()) {
+        Unresolved(entry, "the link's address \"" +
+                              MString(target.link && target.link->url() ? target.link->url() : "") +
+                              "\" gives no absolute URL");
+        entry["request"] = OrderedJson{{"method", "GET"}, {"url", nullptr}};
+        return false;
+    }
+    entry["request"] = OrderedJson{{"method", "GET"}, {"url", UrlJson(url)}};
+    return true;
+}
+
+bool CInspector::ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLParser& url) {
+    if (!PageReady(entry))
+        return false;
+    StepTarget target;
+    MString why;
+    if (!CStepResolver::FindForm(*m_Page.tree, step.GetAttributes(), step.GetHiddens(), target,
+                                 why)) {
+        Unresolved(entry, why + " in " + m_Page.file);
+        return false;
+    }
+    CForm form(target.node->GetTree(), target.form, true, target.node->GetFrameName());
+    OrderedJson json = TargetJson(target, "form");
+    if (json["document"].get<std::string>().empty())
+        json["document"] = JsonText(MString(m_Page.file));
+    json["index"] = target.formIndex + 1;
+    json["action"] = JsonText(form.GetActionUrl());
+    entry["target"] = json;
+
+    CDataSet& data = step.GetDataSet();
+    OrderedJson dataJson{{"items", data.GetNumElements()}};
+    const bool fits = form.CheckAgainstDataSet(&data);
+    dataJson["fits"] = fits;
+    if (!fits) {
+        // The first item that a growing prefix of the data cannot place.
+        CDataSet prefix;
+        const CData* misfit = nullptr;
+        size_t index = 0;
+        for (CData* item : data.DataElements().GetList()) {
+            ++index;
+            prefix.AddData(item);
+            if (!form.CheckAgainstDataSet(&prefix)) {
+                misfit = item;
+                break;
+            }
+        }
+        prefix.ClearDataReferences();
+        if (misfit != nullptr) {
+            size_t named = 0;
+            for (const CFormField* field : form.GetFields())
+                if (field->GetName() == misfit->GetName())
+                    ++named;
+            std::string reason;
+            if (named == 0)
+                reason = "the form has no field named \"" + misfit->GetName() + "\"";
+            else if (IsParameter(misfit->GetValue()))
+                reason = "the field \"" + misfit->GetName() + "\" accepts only some values; " +
+                         misfit->GetValue() + " is a parameter, decided at run time";
+            else
+                reason = "the field \"" + misfit->GetName() + "\" refuses the value \"" +
+                         misfit->GetValue() + "\"" +
+                         (named > 1 ? " (or has no further field of that name)" : "");
+            dataJson["misfit"] = OrderedJson{{"item", index},
+                                             {"name", JsonText(misfit->GetName())},
+                                             {"value", JsonText(misfit->GetValue())},
+                                             {"reason", JsonText(reason)}};
+            Unresolved(entry, "item " + std::to_string(index) + " does not fit: " + reason);
+        } else {
+            Unresolved(entry, "the data does not fit the form");
+        }
+    }
+    entry["data"] = dataJson;
+    url = target.url;
+    const bool post = form.GetAttributes().ReportByKey(CForm::KeyMethod, false) == "POST";
+    OrderedJson request{{"method", post ? "POST" : "GET"}};
+    if (fits) {
+        form.SetToDataSet(&data);
+        MString body, boundary;
+        form.GetSubmitArgs(body, boundary);
+        if (form.GetEncoding() != ENCTYPE_MULTIPART)
+            body = KeepParameterReferences(body);
+        if (!post && url.IsValid()) {
+            const MString full = url.GetFullURL() + "?" + body;
+            CURLParser queried(full.c_str());
+            if (queried.IsValid())
+                url = queried;
+            request["url"] = JsonText(full);
+        } else {
+            request["url"] = UrlJson(url);
+        }
+        if (post) {
+            request["content_type"] = boundary.empty()
+                                          ? MString("application/x-www-form-urlencoded")
+                                          : "multipart/form-data; boundary=" + boundary;
+            request["body"] = JsonText(body);
+        }
+    } else {
+        request["url"] = UrlJson(url);
+    }
+    entry["request"] = request;
+    if (!url.IsValid())
+        Unresolved(entry,
+                   "the form's action \"" + form.GetActionUrl() + "\" gives no absolute URL");
+    return fits && url.IsValid();
+}
+
+OrderedJson CInspector::InspectCall(const ScriptCall& call) {
+    OrderedJson entry{{"line", call.line}, {"column", call.column}, {"function", call.function}};
+    auto arguments = [&call]() {
+        OrderedJson list = OrderedJson::array();
+        for (const ScriptArgument& argument : call.arguments)
+            list.push_back(JsonText(argument.value));
+        return list;
+    };
+    switch (call.kind) {
+        case EScriptCallKind::StartTransaction:
+            entry["kind"] = "start-transaction";
+            entry["arguments"] = arguments();
+            return entry;
+        case EScriptCallKind::EndTransaction:
+            entry["kind"] = "end-transaction";
+            entry["arguments"] = arguments();
+            return entry;
+        case EScriptCallKind::ThinkTime:
+            entry["kind"] = "think-time";
+            entry["arguments"] = arguments();
+            return entry;
+        case EScriptCallKind::UnknownFunction:
+            entry["kind"] = "unknown-function";
+            return entry;
+        case EScriptCallKind::Step:
+            break;
+    }
+    ++m_DoneSteps;
+    Progress();
+    entry["kind"] = "step";
+    entry["name"] = JsonText(call.arguments.empty() ? MString() : call.arguments[0].value);
+    ParsedStep parsed = m_Runner.Parse(call);
+    if (!parsed.known) {
+        entry["kind"] = "unknown-function";
+        return entry;
+    }
+    if (!parsed.ok) {
+        ++m_NotParsed;
+        OrderedJson labels = OrderedJson::array();
+        for (const auto& [label, value] : parsed.errorAttributes)
+            labels.push_back(OrderedJson{{"label", label}, {"value", JsonText(value)}});
+        const char* english = CWebStepErrMsg::GetEnglishMessage(parsed.errorCode);
+        entry["error"] = OrderedJson{{"code", parsed.errorCode},
+                                     {"message", english ? english : "unknown error code"},
+                                     {"labels", labels}};
+        return entry;
+    }
+    CWebStepData* step = parsed.step.get();
+    auto* action = dynamic_cast<CWebActionStep*>(step);
+    if (action == nullptr) {
+        entry["kind"] = "service";
+        return entry;
+    }
+    ++m_Navigations;
+    entry["kind"] = "navigation";
+    if (!action->GetSnapshot().empty())
+        entry["snapshot"] = JsonText(action->GetSnapshot());
+    CURLParser url;
+    bool resolved = false;
+    if (auto* data = dynamic_cast<CWebStepSubmitData*>(step)) {
+        RequestOfSubmitData(*data, entry, url);
+        resolved = url.IsValid();
+    } else if (auto* custom = dynamic_cast<CWebStepCustomRequest*>(step)) {
+        RequestOfCustomRequest(*custom, dynamic_cast<CWebStepUrl*>(step) != nullptr, entry, url);
+        resolved = url.IsValid();
+    } else if (auto* form = dynamic_cast<CWebStepSubmitForm*>(step)) {
+        resolved = ResolveForm(*form, entry, url);
+    } else if (auto* image = dynamic_cast<CWebStepImage*>(step)) {
+        resolved = ResolveLinkOrImage(*image, true, entry, url);
+    } else if (auto* link = dynamic_cast<CWebStepLink*>(step)) {
+        resolved = ResolveLinkOrImage(*link, false, entry, url);
+    } else {
+        Unresolved(entry, "this kind of step is not inspected");
+    }
+    const unsigned int resources = action->GetOutOfContextResources().GetNumElements();
+    if (resources != 0) {
+        OrderedJson list = OrderedJson::array();
+        for (const CResource* resource : action->GetOutOfContextResources().GetList()) {
+            // Resources are loaded by the step's own page.
+            bool relative = false;
+            const CURLParser absolute = url.IsValid() ? CURLParser(url, resource->GetUrl().c_str())
+                                                      : Absolute(resource->GetUrl(), relative);
+            list.push_back(absolute.IsValid() && !IsParameter(resource->GetUrl())
+                               ? JsonText(absolute.GetFullURLWithSearch())
+                               : JsonText(resource->GetUrl()));
+        }
+        entry["resources"] = list;
+    }
+    if (resolved)
+        ++m_Resolved;
+    else
+        ++m_Unresolved;
+    Navigate(*action, url, entry);
+    return entry;
+}
+
+void CInspector::Progress() {
+    if (!m_ShowProgress)
+        return;
+    if (m_DoneSteps % 10 != 0 && m_DoneSteps != m_TotalSteps)
+        return;
+    std::cerr << "\rwebstep inspect: " << m_DoneSteps << " of " << m_TotalSteps << " steps"
+              << std::flush;
+    if (m_DoneSteps == m_TotalSteps)
+        std::cerr << '\n';
+}
+
+OrderedJson CInspector::SettingsJson() {
+    std::string path = m_Options.settings;
+    OrderedJson json;
+    if (path.empty())
+        path = FindSettingsFile(m_Folder);
+    CRunTimeSettings settings;
+    if (path.empty()) {
+        json["file"] = nullptr;
+    } else {
+        std::error_code ec;
+        if (!fs::is_regular_file(path, ec))
+            m_Problems.push_back("cannot read the settings file \"" + path + "\"");
+        else
+            settings.ReadFromFile(path);
+        json["file"] = path;
+    }
+    const CProxyInfo& proxy = settings.GetProxyInfo();
+    json["browser"] = JsonText(settings.GetBrowserId());
+    json["user_agent"] = JsonText(settings.GetActualBrowserIdString());
+    json["http_version"] = JsonText(settings.GetActualHTTPVerString());
+    json["keep_alive"] = settings.GetKeepAlive();
+    json["reset_context"] = settings.GetResetContext();
+    MString proxyText;
+    if (proxy.GetUseProxyServer() != 0 && !proxy.GetHTTPHost().empty())
+        proxyText = proxy.GetHTTPHost() + ":" + std::to_string(proxy.GetHTTPPort());
+    else if (proxy.GetUseAutoConfigScript() != 0)
+        proxyText = "auto-configuration " + proxy.GetAutoConfigScriptURL();
+    else if (settings.GetProxyUseBrowser())
+        proxyText = "the browser's";
+    json["proxy"] = proxyText.empty() ? OrderedJson() : JsonText(proxyText);
+    return json;
+}
+
+void CInspector::InspectFile(const std::string& name, OrderedJson& fileJson) {
+    const std::string path = (m_Folder / name).string();
+    const CScriptReader reader = m_Runner.MakeReader();
+    ScriptReadResult result;
+    fileJson = OrderedJson{{"file", name}};
+    if (!reader.ReadFile(path.c_str(), result)) {
+        m_Problems.push_back("cannot read \"" + path + "\"");
+        fileJson["readable"] = false;
+        return;
+    }
+    OrderedJson warnings = OrderedJson::array();
+    for (const ScriptDiagnostic& diagnostic : result.diagnostics)
+        warnings.push_back(OrderedJson{{"line", diagnostic.line},
+                                       {"column", diagnostic.column},
+                                       {"message", JsonText(diagnostic.message)}});
+    OrderedJson entries = OrderedJson::array();
+    for (const ScriptCall& call : result.calls)
+        entries.push_back(InspectCall(call));
+    fileJson["entries"] = entries;
+    fileJson["warnings"] = warnings;
+}
+
+// ---- text rendering of the JSON result -------------------------------------
+
+MString Bytes(const OrderedJson& value) {
+    if (value.is_string())
+        return value.get<std::string>();
+    if (value.is_object() && value.contains("hex")) {
+        const std::string hex = value["hex"].get<std::string>();
+        MString bytes;
+        auto digit = [](char c) { return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10; };
+        for (size_t i = 0; i + 1 < hex.size(); i += 2)
+            bytes += static_cast<char>(digit(hex[i]) * 16 + digit(hex[i + 1]));
+        return bytes;
+    }
+    return value.is_null() ? MString() : value.dump();
+}
+
+// A body shown line by line under its step: line breaks kept, other control
+// bytes as \xHH, cut after kBodyLimit bytes.
+void PrintBody(const MString& body, const std::string& pad, std::ostream& out) {
+    static const char hex[] = "0123456789abcdef";
+    const size_t n = std::min(body.size(), kBodyLimit);
+    std::string line;
+    auto flush = [&]() {
+        out << pad << line << '\n';
+        line.clear();
+    };
+    for (size_t i = 0; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(body[i]);
+        if (c == '\r' && i + 1 < n && body[i + 1] == '\n') {
+            ++i;
+            flush();
+        } else if (c == '\n') {
+            flush();
+        } else if ((c < 0x20 && c != '\t') || c == 0x7F) {
+            line += "\\x";
+            line += hex[c >> 4];
+            line += hex[c & 15];
+        } else {
+            line += static_cast<char>(c);
+        }
+    }
+    if (!line.empty())
+        flush();
+    if (n < body.size())
+        out << pad << "... (" << body.size() << " bytes in all)\n";
+}
+
+void PrintEntry(const std::string& file, const OrderedJson& entry, std::ostream& out) {
+    const std::string where = file + ":" + std::to_string(entry["line"].get<unsigned>());
+    const std::string kind = entry["kind"].get<std::string>();
+    const std::string function = entry["function"].get<std::string>();
+    auto joined = [&](const char* key) {
+        std::string text;
+        if (entry.contains(key))
+            for (const OrderedJson& argument : entry[key]) {
+                if (!text.empty())
+                    text += ", ";
+                text += DisplayText(Bytes(argument), 80);
+            }
+        return text;
+    };
+    if (kind == "start-transaction") {
+        out << where << "  transaction " << joined("arguments") << " starts\n";
+        return;
+    }
+    if (kind == "end-transaction") {
+        out << where << "  transaction " << joined("arguments") << " ends\n";
+        return;
+    }
+    if (kind == "think-time") {
+        out << where << "  think time " << joined("arguments") << " s\n";
+        return;
+    }
+    if (kind == "unknown-function") {
+        out << where << "  " << function << ": not a step function this tool knows, skipped\n";
+        return;
+    }
+    const std::string name = QuotedText(Bytes(entry["name"]), 80);
+    out << where << "  " << function << " " << name;
+    if (entry.contains("snapshot"))
+        out << "  [" << Bytes(entry["snapshot"]) << "]";
+    out << '\n';
+    const std::string pad = "      ";
+    if (entry.contains("error")) {
+        const OrderedJson& error = entry["error"];
+        out << pad << "does not parse: error " << error["code"].get<unsigned>() << ": "
+            << error["message"].get<std::string>();
+        for (const OrderedJson& label : error["labels"])
+            out << " " << label["label"].get<std::string>() << "="
+                << DisplayText(Bytes(label["value"]), 160);
+        out << '\n';
+        return;
+    }
+    if (kind == "service")
+        return;
+    if (entry.contains("target")) {
+        const OrderedJson& target = entry["target"];
+        const std::string what = target["kind"].get<std::string>();
+        out << pad << what << " " << QuotedText(Bytes(target["text"]), 80);
+        if (what == "form")
+            out << " (form " << target["index"].get<int>() << ", action "
+                << QuotedText(Bytes(target["action"]), 160) << ")";
+        else if (target.contains("href"))
+            out << " -> " << DisplayText(Bytes(target["href"]), 160);
+        out << " in " << Bytes(target["document"]);
+        if (target.contains("frame_id"))
+            out << " (frame " << Bytes(target["frame_id"]) << " "
+                << QuotedText(Bytes(target["frame"]), 60) << ")";
+        out << '\n';
+    }
+    if (entry.contains("data")) {
+        const OrderedJson& data = entry["data"];
+        const unsigned items = data["items"].get<unsigned>();
+        out << pad << "data: " << items << (items == 1 ? " item" : " items")
+            << (data["fits"].get<bool>() ? " fit the form" : " do not fit the form") << '\n';
+    }
+    if (entry.contains("request")) {
+        const OrderedJson& request = entry["request"];
+        out << pad << Bytes(request["method"]) << " "
+            << (request["url"].is_null() ? std::string("(no address)")
+                                         : DisplayText(Bytes(request["url"]), 0))
+            << '\n';
+        if (request.contains("relative_to"))
+            out << pad << "  (relative to " << Bytes(request["relative_to"]) << ")\n";
+        if (request.contains("content_type"))
+            out << pad << "Content-Type: " << Bytes(request["content_type"]) << '\n';
+        if (request.contains("body")) {
+            const MString body = Bytes(request["body"]);
+            out << pad << "body (" << body.size() << " bytes):\n";
+            PrintBody(body, pad + "  ", out);
+        }
+    }
+    if (entry.contains("resources")) {
+        const OrderedJson& resources = entry["resources"];
+        out << pad << "extra resources (" << resources.size() << "):\n";
+        size_t shown = 0;
+        for (const OrderedJson& resource : resources) {
+            if (++shown > 10) {
+                out << pad << "  ...\n";
+                break;
+            }
+            out << pad << "  " << DisplayText(Bytes(resource), 0) << '\n';
+        }
+    }
+    if (entry.contains("unresolved"))
+        for (const OrderedJson& why : entry["unresolved"])
+            out << pad << "NOT RESOLVED: " << Bytes(why) << '\n';
+    if (entry.contains("page")) {
+        const OrderedJson& page = entry["page"];
+        if (!page["changes"].get<bool>()) {
+            out << pad << "page unchanged (a resource or a response that is not HTML)\n";
+        } else if (!page.contains("file")) {
+            out << pad << "page: no Snapshot, not recorded\n";
+        } else if (!page["loaded"].get<bool>()) {
+            out << pad << "page: " << Bytes(page["file"]) << " not recorded (no such file)\n";
+        } else {
+            out << pad << "page: " << Bytes(page["file"]);
+            if (!page["title"].is_null())
+                out << " " << QuotedText(Bytes(page["title"]), 80);
+            const int forms = page["forms"].get<int>();
+            const int links = page["links"].get<int>();
+            out << " (" << forms << (forms == 1 ? " form, " : " forms, ") << links
+                << (links == 1 ? " link)" : " links)") << '\n';
+            for (const OrderedJson& frame : page["frames"]) {
+                out << pad << "  frame " << Bytes(frame["id"]) << " "
+                    << QuotedText(Bytes(frame["name"]), 60) << ": " << Bytes(frame["file"])
+                    << (frame["loaded"].get<bool>() ? "" : " (not recorded)") << " <- "
+                    << (frame["url"].is_null() ? std::string("?") : Bytes(frame["url"])) << '\n';
+            }
+        }
+    }
+}
+
+int CInspector::Run() {
+    std::error_code ec;
+    if (!fs::is_directory(m_Folder, ec)) {
+        std::cerr << "webstep inspect: \"" << m_Folder.string() << "\" is not a folder\n";
+        return 2;
+    }
+    OrderedJson settings = SettingsJson();
+    std::vector<std::string> files =
+        m_Options.order.empty() ? DefaultOrder(m_Folder) : m_Options.order;
+    // Count the steps first, for the progress line.
+    std::vector<std::string> readable;
+    for (const std::string& name : files) {
+        std::error_code fileEc;
+        if (!fs::is_regular_file(m_Folder / name, fileEc)) {
+            m_Problems.push_back("no action file \"" + name + "\" in " + m_Folder.string());
+            continue;
+        }
+        readable.push_back(name);
+    }
+    if (isatty(STDERR_FILENO) != 0) {
+        const CScriptReader reader = m_Runner.MakeReader();
+        ScriptReadResult result;
+        for (const std::string& name : readable)
+            if (reader.ReadFile((m_Folder / name).string().c_str(), result))
+                for (const ScriptCall& call : result.calls)
+                    m_TotalSteps += call.kind == EScriptCallKind::Step ? 1 : 0;
+        m_ShowProgress = m_TotalSteps > kProgressThreshold;
+    }
+    OrderedJson jsonFiles = OrderedJson::array();
+    for (const std::string& name : readable) {
+        OrderedJson fileJson;
+        InspectFile(name, fileJson);
+        jsonFiles.push_back(fileJson);
+    }
+    OrderedJson summary{{"files", readable.size()},
+                        {"navigation_steps", m_Navigations},
+                        {"resolved", m_Resolved},
+                        {"unresolved", m_Unresolved},
+                        {"not_parsed", m_NotParsed}};
+    for (const std::string& problem : m_Problems)
+        std::cerr << "webstep inspect: " << problem << '\n';
+    if (m_Options.json) {
+        std::cout << DumpJson(OrderedJson{{"folder", m_Folder.string()},
+                                          {"settings", settings},
+                                          {"files", jsonFiles},
+                                          {"summary", summary},
+                                          {"io_errors", m_Problems}})
+                  << '\n';
+    } else {
+        std::cout << "== " << m_Folder.string() << '\n';
+        std::cout << "settings: "
+                  << (settings["file"].is_null() ? std::string("(none found: defaults)")
+                                                 : settings["file"].get<std::string>())
+                  << '\n';
+        std::cout << "  user agent: " << Bytes(settings["user_agent"]) << '\n'
+                  << "  " << Bytes(settings["http_version"]) << ", keep-alive "
+                  << (settings["keep_alive"].get<bool>() ? "on" : "off") << ", proxy "
+                  << (settings["proxy"].is_null() ? std::string("none") : Bytes(settings["proxy"]))
+                  << '\n';
+        for (const OrderedJson& fileJson : jsonFiles) {
+            const std::string file = fileJson["file"].get<std::string>();
+            if (!fileJson.contains("entries"))
+                continue;
+            std::cout << "\n== " << file << '\n';
+            for (const OrderedJson& warning : fileJson["warnings"])
+                std::cout << file << ":" << warning["line"].get<unsigned>()
+                          << "  warning: " << Bytes(warning["message"]) << '\n';
+            for (const OrderedJson& entry : fileJson["entries"])
+                PrintEntry(file, entry, std::cout);
+        }
+        std::cout << "\n"
+                  << m_Navigations << " navigation steps: " << m_Resolved << " resolved, "
+                  << m_Unresolved << " not resolved; " << m_NotParsed
+                  << (m_NotParsed == 1 ? " step does" : " steps do") << " not parse\n";
+    }
+    std::cout.flush();
+    if (!m_Problems.empty())
+        return 2;
+    return m_Unresolved != 0 || m_NotParsed != 0 ? 1 : 0;
+}
+
+std::vector<std::string> SplitOrder(const std::vector<std::string>& given) {
+    std::vector<std::string> names;
+    for (const std::string& item : given) {
+        size_t start = 0;
+        while (start <= item.size()) {
+            const size_t comma = item.find(',', start);
+            const std::string name =
+                item.substr(start, comma == std::string::npos ? std::string::npos : comma - start);
+            if (!name.empty())
+                names.push_back(name);
+            if (comma == std::string::npos)
+                break;
+            start = comma + 1;
+        }
+    }
+    return names;
+}
+
+}  // namespace
+
+void AddInspectCommand(CLI::App& app, int* exitCode) {
+    auto options = std::make_shared<InspectOptions>();
+    CLI::App* inspect = app.add_subcommand(
+        "inspect",
+        "The main job: read a script folder (its settings file with a [WEB] section, its action "
+        "files, the recorded pages under data/) and show for every navigation step the request a "
+        "replay would send: method, absolute URL and body; the link, image or form the step "
+        "picks in the page of the previous navigation step; the frames of each page; and, in "
+        "plain words, what the recording does not tell. Exit status 0 when every step resolved, "
+        "1 when some did not or did not parse, 2 on usage or I/O errors");
+    inspect
+        ->add_option("DIR", options->folder,
+                     "The script folder.\n  example: webstep inspect examples/library-loans")
+        ->required();
+    inspect->add_flag("--json", options->json,
+                      "Print the same as JSON.\n  example: webstep inspect --json "
+                      "examples/library-loans | jq '.summary'");
+    inspect
+        ->add_option("--settings", options->settings,
+                     "Read the run-time settings from FILE instead of the folder's settings "
+                     "file.\n  example: webstep inspect --settings other.cfg "
+                     "examples/library-loans")
+        ->type_name("FILE");
+    inspect
+        ->add_option("--order", options->order,
+                     "The action files to read, in this order (names in the folder, comma "
+                     "separated or repeated); by default names holding \"init\" first, names "
+                     "holding \"end\" last, the rest by name.\n  example: webstep inspect "
+                     "--order init.c,loans.c,end.c examples/library-loans")
+        ->type_name("FILES");
+    inspect->add_flag("--spec-only", options->specOnly,
+                      "Parse with the 49 step functions of the script grammar only, reporting "
+                      "other web_ functions as unknown.\n  example: webstep inspect --spec-only "
+                      "examples/library-loans");
+    inspect->footer(
+        "Examples:\n"
+        "  webstep inspect examples/library-loans\n"
+        "  webstep inspect --json examples/library-loans > inspection.json\n"
+        "  webstep inspect --order init.c,loans.c examples/library-loans\n"
+        "  webstep inspect --settings default.cfg --spec-only examples/library-loans");
+    inspect->callback([options, exitCode]() {
+        InspectOptions effective = *options;
+        effective.order = SplitOrder(options->order);
+        CInspector inspector(effective, fs::path(effective.folder));
+        *exitCode = inspector.Run();
+    });
+}
+
+}  // namespace webstep::cli
