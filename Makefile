@@ -38,10 +38,14 @@ test: build build-asan build-tsan
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j $(JOBS)
 	cd $(TSAN_BUILD_DIR) && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -L concurrency
 
+# The peers of the comparison (gumbo, libxml2, libcurl, uriparser, Boost.URL)
+# are installed here only; the comparison leaves out any that are missing.
 bench: bootstrap
+	@bash bench/peers/install-peers.sh
 	cmake -S . -B $(BENCH_BUILD_DIR) -DCMAKE_BUILD_TYPE=Release -DWEBSTEP_BUILD_TESTS=OFF $(CMAKE_FLAGS)
-	cmake --build $(BENCH_BUILD_DIR) -j $(JOBS) --target webstep_bench
+	cmake --build $(BENCH_BUILD_DIR) -j $(JOBS) --target webstep_bench webstep_peers
 	$(BENCH_BUILD_DIR)/bench/webstep_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
+	$(BENCH_BUILD_DIR)/bench/peers/webstep_peers
 
 install: build
 	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
