@@ -1,8 +1,10 @@
 #include "webstep/steps/CustomBodyFile.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <string>
@@ -44,11 +46,11 @@ bool ReadFile(const MString& path, MString& content, bool& exists) {
     return ok;
 }
 
-// Chooses the next free variable name and records it in the variables list.
-bool ChooseVariableName(const MString& directory, int& counter, MString& name) {
+// Chooses the next free variable name and records it in the variables list;
+// list and exists receive the list as it was, so that it can be put back.
+bool ChooseVariableName(const MString& directory, int& counter, MString& name, MString& list,
+                        bool& exists) {
     const MString listPath = directory + webstep::steps::kCustomBodyVariablesFile;
-    MString list;
-    bool exists = false;
     if (!ReadFile(listPath, list, exists)) {
         return false;
     }
@@ -138,8 +140,16 @@ bool WriteFileWhole(const MString& path, const MString& data) {
     if (file == nullptr) {
         return false;
     }
+    // The replacement keeps the permissions of the file it replaces.
+    struct stat existing {};
+    if (::stat(path.c_str(), &existing) == 0) {
+        (void)::fchmod(fileno(file), existing.st_mode & 07777);
+    }
     bool ok = g_writeFunction.load()(file, data.data(), data.size());
     ok = std::fflush(file) == 0 && ok;
+    // On disk before the rename, so that a crash leaves the old or the new
+    // file, never an empty one.
+    ok = ok && ::fsync(fileno(file)) == 0;
     ok = std::fclose(file) == 0 && ok;
     if (ok) {
         ok = std::rename(temporary.c_str(), path.c_str()) == 0;
@@ -160,17 +170,26 @@ bool CWebStepCustomRequest::WriteBodyToFile(const MString& directory, const MStr
             continue;
         }
         MString variable;
-        if (!ChooseVariableName(directory, counter, variable)) {
+        MString list;
+        bool listExisted = false;
+        if (!ChooseVariableName(directory, counter, variable, list, listExisted)) {
             return false;
         }
         MString header;
         bool exists = false;
-        if (!ReadFile(headerPath, header, exists)) {
-            return false;
-        }
         const MString entry = "// Step Name : " + stepName + " \r\nconst char * const " + variable +
                               " = " + part.value + " ;\r\n";
-        if (!webstep::steps::WriteFileWhole(headerPath, HeaderWithEntry(header, exists, entry))) {
+        if (!ReadFile(headerPath, header, exists) ||
+            !webstep::steps::WriteFileWhole(headerPath, HeaderWithEntry(header, exists, entry))) {
+            // The list must not name a variable that the header lacks: put
+            // it back as it was (it is smaller, so it fits where the header
+            // did not).
+            const MString listPath = directory + webstep::steps::kCustomBodyVariablesFile;
+            if (listExisted) {
+                webstep::steps::WriteFileWhole(listPath, list);
+            } else {
+                std::remove(listPath.c_str());
+            }
             return false;
         }
         part.value = variable;
