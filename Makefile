@@ -3,11 +3,13 @@ BUILD_DIR      ?= build
 ASAN_BUILD_DIR ?= build-asan
 TSAN_BUILD_DIR ?= build-tsan
 BENCH_BUILD_DIR ?= build-bench
+FUZZ_BUILD_DIR ?= build-fuzz
+FUZZ_SECONDS   ?= 60
 JOBS           ?= $(shell nproc 2>/dev/null || echo 2)
 CMAKE_FLAGS    ?=
 PREFIX         ?= /usr/local
 
-.PHONY: all bootstrap build build-asan build-tsan demo test bench install clean format
+.PHONY: all bootstrap build build-asan build-tsan demo test bench fuzz install clean format
 
 all: build
 
@@ -46,6 +48,16 @@ bench: bootstrap
 	cmake --build $(BENCH_BUILD_DIR) -j $(JOBS) --target webstep_bench webstep_peers
 	$(BENCH_BUILD_DIR)/bench/webstep_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 	$(BENCH_BUILD_DIR)/bench/peers/webstep_peers
+
+# libFuzzer programs (clang, ASan and UBSan), each run for FUZZ_SECONDS; the
+# working corpora and any crash input stay in fuzz/corpus-run/.
+fuzz: bootstrap
+	@bash fuzz/bootstrap.sh
+	cmake -S . -B $(FUZZ_BUILD_DIR) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DWEBSTEP_FUZZ=ON \
+	  -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DWEBSTEP_BUILD_TESTS=OFF \
+	  -DWEBSTEP_BUILD_BENCH=OFF -DWEBSTEP_BUILD_CLI=OFF $(CMAKE_FLAGS)
+	cmake --build $(FUZZ_BUILD_DIR) -j $(JOBS)
+	bash fuzz/run.sh $(FUZZ_BUILD_DIR) $(FUZZ_SECONDS)
 
 install: build
 	cmake --install $(BUILD_DIR) --prefix $(PREFIX)
