@@ -828,8 +828,10 @@ void PrintEntry(const std::string& file, const OrderedJson& entry, std::ostream&
     if (entry.contains("data")) {
         const OrderedJson& data = entry["data"];
         const unsigned items = data["items"].get<unsigned>();
-        out << pad << "data: " << items << (items == 1 ? " item" : " items")
-            << (data["fits"].get<bool>() ? " fit the form" : " do not fit the form") << '\n';
+        const bool fits = data["fits"].get<bool>();
+        out << pad << "data: " << items << (items == 1 ? " item " : " items ")
+            << (fits ? (items == 1 ? "fits" : "fit") : (items == 1 ? "does not fit" : "do not fit"))
+            << " the form\n";
     }
     if (entry.contains("request")) {
         const OrderedJson& request = entry["request"];
@@ -952,11 +954,19 @@ int CInspector::Run() {
             if (!fileJson.contains("entries"))
                 continue;
             std::cout << "\n== " << file << '\n';
-            for (const OrderedJson& warning : fileJson["warnings"])
-                std::cout << file << ":" << warning["line"].get<unsigned>()
-                          << "  warning: " << Bytes(warning["message"]) << '\n';
-            for (const OrderedJson& entry : fileJson["entries"])
+            // Reader warnings and steps in line order.
+            const OrderedJson& warnings = fileJson["warnings"];
+            size_t w = 0;
+            auto printWarningsUpTo = [&](unsigned int line) {
+                for (; w < warnings.size() && warnings[w]["line"].get<unsigned>() <= line; ++w)
+                    std::cout << file << ":" << warnings[w]["line"].get<unsigned>()
+                              << "  warning: " << Bytes(warnings[w]["message"]) << '\n';
+            };
+            for (const OrderedJson& entry : fileJson["entries"]) {
+                printWarningsUpTo(entry["line"].get<unsigned>());
                 PrintEntry(file, entry, std::cout);
+            }
+            printWarningsUpTo(~0u);
         }
         std::cout << "\n"
                   << m_Navigations << " navigation steps: " << m_Resolved << " resolved, "

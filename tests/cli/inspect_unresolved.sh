@@ -1,0 +1,141 @@
+#!/usr/bin/env bash
+# inspect says plainly what cannot be resolved (no page before, a page not
+# recorded, a link or form that is not there, an item the form refuses, a
+# call that does not parse, broken C) and goes on with the next step; usage
+# and I/O errors exit with 2; the progress line is for terminals only.
+set -euo pipefail
+tool=$1
+fail() { echo "FAIL: $*" >&2; exit 1; }
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+dir=$work/shop
+mkdir -p "$dir/data"
+
+cat > "$dir/vuser_init.c" <<'C'
+vuser_init()
+{
+    web_link("too early", "Text=Home", "Snapshot=t0.inf", LAST);
+    return 0;
+}
+C
+cat > "$dir/action.c" <<'C'
+Action()
+{
+    web_url("start", "URL=http://shop.example.com/a/", "Snapshot=t1.inf", LAST);
+    web_link("gone", "Text=Nowhere", "Snapshot=t2.inf", LAST);
+    web_link("after gone", "Text=Anything", "Snapshot=t9.inf", LAST);
+    web_url("order page", "URL=http://shop.example.com/a/order", "Snapshot=t3.inf", LAST);
+    web_submit_form("buy", "Snapshot=t4.inf",
+        ITEMDATA, "Name=colour", "Value=purple", ENDITEM, LAST);
+    web_url("order again", "URL=http://shop.example.com/a/order", "Snapshot=t3.inf", LAST);
+    web_submit_form("buy size", "Snapshot=t4.inf",
+        ITEMDATA, "Name=size", "Value=L", ENDITEM, LAST);
+    web_url("no url", "Snapshot=t5.inf", LAST);
+    web_url("broken", "URL=http://shop.example.com/x
+    web_url("after broken", "URL=http://shop.example.com/after", LAST);
+    web_submit_data("find", "Action=/a/find", "Method=GET",
+        ITEMDATA, "Name=q", "Value=red shoes", ENDITEM, "Name=sid", "Value={Sid}", ENDITEM, LAST);
+    return 0;
+}
+C
+cat > "$dir/vuser_end.c" <<'C'
+vuser_end()
+{
+    web_url("home", "URL=http://shop.example.com/a/", "Snapshot=t1.inf", LAST);
+    web_image("banner", "Src=banner.png", "Snapshot=t7.inf", LAST);
+    web_url("home again", "URL=http://shop.example.com/a/", "Snapshot=t1.inf", LAST);
+    web_image("logo", "Alt=Shop logo", "Snapshot=t6.inf", LAST);
+    return 0;
+}
+C
+cat > "$dir/data/t1.html" <<'H'
+<html><head><title>Shop</title></head><body>
+<a href="/"><img src="/img/logo.png" alt="Shop logo"></a>
+<img src="/img/banner.png" alt="Sale">
+<a href="order">Order</a>
+</body></html>
+H
+cat > "$dir/data/t3.html" <<'H'
+<html><body><form name="order" action="/a/buy" method="post">
+<select name="colour"><option>red</option><option>green</option></select>
+<input type="submit" value="Buy">
+</form></body></html>
+H
+
+set +e
+out=$("$tool" inspect "$dir" 2>"$work/err")
+rc=$?
+set -e
+[ $rc -eq 1 ] || fail "exit $rc, not 1, when steps are not resolved"
+[ ! -s "$work/err" ] || fail "stderr not empty (no terminal, no progress): $(cat "$work/err")"
+expect() { grep -qF -- "$1" <<<"$out" || fail "missing: $1
+in:
+$out"; }
+order=$(grep '^== ' <<<"$out" | tr '\n' ' ')
+[ "$order" = "== $dir == vuser_init.c == action.c == vuser_end.c " ] || fail "file order: $order"
+expect "settings: (none found: defaults)"
+expect "user agent: Microsoft Internet Explorer 4.0"
+expect "NOT RESOLVED: no navigation step before this one, so there is no page to act on"
+expect "NOT RESOLVED: no link with the text \"Nowhere\" in data/t1.html"
+expect "NOT RESOLVED: the page of the previous navigation step is not recorded (data/t2.html not found)"
+expect "page: data/t2.html not recorded (no such file)"
+expect "form \"order\" (form 1, action \"/a/buy\") in data/t3.html"
+expect "NOT RESOLVED: item 1 does not fit: the field \"colour\" refuses the value \"purple\""
+expect "NOT RESOLVED: item 1 does not fit: the form has no field named \"size\""
+expect "does not parse: error 1000: "
+expect "action.c:13  warning: string literal not closed on its line"
+expect "action.c:14  web_url \"after broken\""
+expect "      GET http://shop.example.com/after"
+# A GET submission of data sends it in the query, references as written.
+expect "      GET http://shop.example.com/a/find?q=red+shoes&sid={Sid}"
+expect "      image \"Shop logo\" -> / in data/t1.html"
+expect "NOT RESOLVED: the image \"banner.png\" is not inside a link in data/t1.html"
+
+# JSON tells the same.
+"$tool" inspect --json "$dir" > "$work/out.json" || true
+python3 - "$work/out.json" <<'PY' || fail "JSON form"
+import json, sys
+d = json.load(open(sys.argv[1]))
+s = d["summary"]
+assert (s["not_parsed"], s["unresolved"], s["resolved"]) == (1, 6, 8), s
+entries = [e for f in d["files"] for e in f["entries"]]
+buy = next(e for e in entries if e.get("name") == "buy")
+assert buy["data"]["fits"] is False
+assert buy["data"]["misfit"]["name"] == "colour" and buy["data"]["misfit"]["item"] == 1
+assert any("purple" in u for u in buy["unresolved"])
+PY
+
+# --settings names another file; a missing one is an I/O error.
+printf '[WEB]\nHttpVer=1.1\nKeepAlive=No\n' > "$work/other.cfg"
+out=$("$tool" inspect --settings "$work/other.cfg" "$dir" || true)
+expect "HTTP/1.1, keep-alive off, proxy none"
+set +e
+"$tool" inspect --settings "$work/none.cfg" "$dir" >/dev/null 2>"$work/err"; rc=$?
+set -e
+[ $rc -eq 2 ] || fail "a missing settings file exits with $rc, not 2"
+grep -qF "cannot read the settings file" "$work/err" || fail "missing settings file not named"
+
+# Not a folder, an unknown action file.
+set +e
+"$tool" inspect "$work/nothing" >/dev/null 2>"$work/err"; rc=$?
+set -e
+[ $rc -eq 2 ] || fail "a missing folder exits with $rc, not 2"
+grep -qF "is not a folder" "$work/err" || fail "missing folder not named"
+set +e
+out=$("$tool" inspect --order action.c,nosuch.c "$dir" 2>"$work/err"); rc=$?
+set -e
+[ $rc -eq 2 ] || fail "an unknown action file exits with $rc, not 2"
+grep -qF 'no action file "nosuch.c"' "$work/err" || fail "unknown action file not named"
+expect "== action.c"
+
+# More than 50 steps: a progress line on a terminal's stderr, none otherwise.
+for i in $(seq 1 60); do
+  echo "    web_url(\"s$i\", \"URL=http://shop.example.com/$i\", LAST);"
+done | { echo "Action() {"; cat; echo "}"; } > "$dir/action.c"
+"$tool" inspect "$dir" >/dev/null 2>"$work/err" || true
+[ ! -s "$work/err" ] || fail "progress written to a file"
+if command -v script >/dev/null 2>&1; then
+  script -qec "'$tool' inspect '$dir' >/dev/null" /dev/null > "$work/tty" 2>&1 || true
+  grep -qF "webstep inspect: 65 of 65 steps" "$work/tty" || fail "no progress on a terminal: $(cat "$work/tty")"
+fi
+echo ok
