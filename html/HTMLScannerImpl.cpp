@@ -13,12 +13,21 @@ using webstep::platform::os_char_len;
 using webstep::platform::os_is_char_space;
 
 // Length of the character at s (at least 1 while bytes remain).
+// No code page has a lead byte below 0x80, so an ASCII byte is a character
+// of its own and the character services are asked about the others only.
 std::size_t CharLen(const char* s, std::size_t n) {
+    if (n > 0 && static_cast<unsigned char>(*s) < 0x80) {
+        return 1;
+    }
     const std::size_t len = os_char_len(s, n);
     return len == 0 ? 1 : (len > n ? n : len);
 }
 
 bool IsSpaceAt(const char* s, std::size_t n) {
+    if (n > 0 && static_cast<unsigned char>(*s) < 0x80) {
+        const char c = *s;
+        return c == ' ' || (c >= '\t' && c <= '\r');
+    }
     return os_is_char_space(s, n);
 }
 
@@ -210,8 +219,14 @@ char* CHTMLScannerTagCallback::processURL(const char* value) {
     std::size_t start = n;
     std::size_t end = 0;
     for (std::size_t i = 0; i < n;) {
-        const std::size_t len = CharLen(value + i, n - i);
-        if (!IsSpaceAt(value + i, n - i)) {
+        const char c = value[i];
+        std::size_t len = 1;
+        bool space = c == ' ' || (c >= '\t' && c <= '\r');
+        if (static_cast<unsigned char>(c) >= 0x80) {
+            len = CharLen(value + i, n - i);
+            space = IsSpaceAt(value + i, n - i);
+        }
+        if (!space) {
             if (start == n) {
                 start = i;
             }
@@ -220,10 +235,20 @@ char* CHTMLScannerTagCallback::processURL(const char* value) {
         i += len;
     }
     for (std::size_t i = start; i < end;) {
+        const char c = value[i];
+        if (static_cast<unsigned char>(c) < 0x80) {
+            if (c == ' ') {
+                out[o++] = '%';
+                out[o++] = '2';
+                out[o++] = '0';
+            } else if (!(c >= '\t' && c <= '\r')) {
+                out[o++] = c;
+            }
+            ++i;
+            continue;
+        }
         const std::size_t len = CharLen(value + i, end - i);
-        if (len == 1 && value[i] == ' ') {
-            o += static_cast<std::size_t>(std::snprintf(out + o, 4, "%%20"));
-        } else if (!IsSpaceAt(value + i, end - i)) {
+        if (!IsSpaceAt(value + i, end - i)) {
             std::memcpy(out + o, value + i, len);
             o += len;
         }
