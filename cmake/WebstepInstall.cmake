@@ -67,7 +67,7 @@ if(TARGET webstep_cli)
       DEPENDS webstep_cli ${PROJECT_SOURCE_DIR}/scripts/manpage.sh
       COMMENT "Writing the webstep man page from its help texts" VERBATIM)
     add_custom_target(webstep_man ALL DEPENDS ${PROJECT_BINARY_DIR}/webstep.1)
-    install(FILES ${PROJECT_BINARY_DIR}/webstep.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+    install(FILES ${PROJECT_BINARY_DIR}/webstep.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 OPTIONAL)
   else()
     message(WARNING "webstep: help2man not found, the man page is not built (scripts/bootstrap.sh installs it)")
   endif()
