@@ -43,3 +43,13 @@ echo "== the body of the sign-in form, filled as the script fills it:"
 echo
 echo "== a link of the page resolved against the page's address:"
 "$tool" url combine http://library.example.org/account/loans ../catalogue/search?q=dune
+
+# The main job last, so that it is what stays on the screen: it exits with
+# 1 (and the demo fails) when a step of the example cannot be resolved.
+echo
+echo "=================================================================="
+echo "== THE MAIN JOB: webstep inspect $example"
+echo "== every navigation step with the request a replay would send, the"
+echo "== link or form it picks in the page recorded before it, and the frames"
+echo "=================================================================="
+"$tool" inspect "$example"
