@@ -58,10 +58,13 @@ InternetSchemeMap::~InternetSchemeMap() {
 }
 
 SchemeDescr* InternetSchemeMap::GetDescr(const char* name) {
+    // The same exact match as the name map, without building a key string:
+    // the table has a dozen rows.
     if (name != nullptr) {
-        auto it = m_SchemeNameMap->find(name);
-        if (it != m_SchemeNameMap->end())
-            return it->second;
+        for (long i = 0; i < m_SchemeDescrArraySize; ++i) {
+            if (std::strcmp(m_SchemeDescrAuxArray[i].name, name) == 0)
+                return &m_SchemeDescrArray[i];
+        }
     }
     return &m_SchemeDescrArray[0];
 }
@@ -248,8 +251,9 @@ int CURLParser::CreateFromURLComponents(const URL_COMPONENTSA& c) {
         std::size_t cut = MString::npos;
         // The last separator that is a whole character (not a trail byte).
         for (std::size_t i = 0; i < urlPath.size(); ++i) {
-            if (IsLeadByte(codePage, static_cast<unsigned char>(urlPath[i])) &&
-                i + 1 < urlPath.size()) {
+            // No code page has a lead byte below 0x80.
+            const unsigned char byte = static_cast<unsigned char>(urlPath[i]);
+            if (byte >= 0x80 && IsLeadByte(codePage, byte) && i + 1 < urlPath.size()) {
                 ++i;
                 continue;
             }
