@@ -944,7 +944,8 @@ int CInspector::Run() {
                   << (settings["file"].is_null() ? std::string("(none found: defaults)")
                                                  : settings["file"].get<std::string>())
                   << '\n';
-        std::cout << "  user agent: " << Bytes(settings["user_agent"]) << '\n'
+        const MString agent = Bytes(settings["user_agent"]);
+        std::cout << "  user agent: " << (agent.empty() ? MString("(empty)") : agent) << '\n'
                   << "  " << Bytes(settings["http_version"]) << ", keep-alive "
                   << (settings["keep_alive"].get<bool>() ? "on" : "off") << ", proxy "
                   << (settings["proxy"].is_null() ? std::string("none") : Bytes(settings["proxy"]))
