@@ -184,9 +184,21 @@ bool IsHtmlContentType(const MString& type) {
 struct PageState {
     std::unique_ptr<CContextTree> tree;  // null before the first navigation
     MString snapshot;                    // the step's "Snapshot" value
-    std::string file;                    // the page file looked for
-    bool loaded = false;
+    std::string file;                    // the top page file looked for
+    std::string where;                   // the top page file and the frames loaded since
+    bool loaded = false;                 // some document of the tree has its page
 };
+
+// Names a window rather than a frame: the page replaces the whole window.
+bool IsWindowTarget(const MString& target) {
+    static const char* const windows[] = {"_top", "_self", "_parent", "_blank"};
+    if (target.empty())
+        return true;
+    for (const char* window : windows)
+        if (strcasecmp(target.c_str(), window) == 0)
+            return true;
+    return false;
+}
 
 OrderedJson UrlJson(const CURLParser& url) {
     return url.IsValid() ? OrderedJson(JsonText(url.GetFullURLWithSearch())) : OrderedJson();
@@ -204,6 +216,8 @@ private:
     void InspectFile(const std::string& name, OrderedJson& fileJson);
     OrderedJson InspectCall(const ScriptCall& call);
     void Navigate(CWebActionStep& step, const CURLParser& url, OrderedJson& entry);
+    void LoadIntoFrame(CContextTree& frame, const MString& snapshot, const CURLParser& url,
+                       OrderedJson& entry);
     bool PageReady(OrderedJson& entry);
     void RequestOfCustomRequest(const CWebStepCustomRequest& step, bool isUrlStep,
                                 OrderedJson& entry, CURLParser& url);
@@ -283,6 +297,20 @@ void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJs
         entry["page"] = OrderedJson{{"changes", false}};
         return;
     }
+    // A step aimed at a frame of the current frameset loads its page into
+    // that frame; the rest of the frameset stays.
+    MString targetFrame;
+    if (contextless != nullptr)
+        targetFrame = contextless->GetTargetFrame();
+    else if (auto* context = dynamic_cast<CWebContextStep*>(&step))
+        context->GetAttributes().GetAttribute("TargetFrame", targetFrame);
+    CContextTree* frame = nullptr;
+    if (m_Page.tree && !IsWindowTarget(targetFrame))
+        frame = CStepResolver::FindFrame(*m_Page.tree, targetFrame);
+    if (frame != nullptr) {
+        LoadIntoFrame(*frame, step.GetSnapshot(), url, entry);
+        return;
+    }
     m_Page = PageState();
     m_Page.tree = std::make_unique<CContextTree>();
     m_Page.tree->SetUrl(url);
@@ -296,6 +324,7 @@ void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJs
     const MString base = SnapshotBase(m_Page.snapshot);
     const MString fileName = m_Page.tree->ComputeSnapshotFileName("", "text/html", base, false);
     m_Page.file = "data/" + fileName;
+    m_Page.where = m_Page.file;
     page["file"] = JsonText(m_Page.file);
     CHTMLVParser* html = LoadPage(fileName);
     m_Page.loaded = html != nullptr;
@@ -323,6 +352,42 @@ void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJs
                                      {"url", UrlJson(node->GetUrl())}});
     }
     page["frames"] = frames;
+    entry["page"] = page;
+}
+
+void CInspector::LoadIntoFrame(CContextTree& frame, const MString& snapshot, const CURLParser& url,
+                               OrderedJson& entry) {
+    OrderedJson page{{"changes", true},
+                     {"snapshot", JsonText(snapshot)},
+                     {"frame", JsonText(frame.GetFrameName())},
+                     {"frame_id", JsonText(frame.GetRelFrameId())}};
+    if (url.IsValid())
+        frame.SetUrl(url);
+    frame.RemoveTree();
+    if (snapshot.empty()) {
+        page["loaded"] = false;
+        entry["page"] = page;
+        return;
+    }
+    const MString base = SnapshotBase(snapshot);
+    // The step recorded the frame's document as a page of its own: tN.html.
+    const MString fileName = frame.ComputeSnapshotFileName("", "text/html", base, false);
+    page["file"] = JsonText("data/" + fileName);
+    CHTMLVParser* html = LoadPage(fileName);
+    page["loaded"] = html != nullptr;
+    if (html != nullptr) {
+        frame.SetTree(html);
+        CStepResolver::PlaceFrames(
+            frame, base, [this](const MString& name) { return LoadPage(name); }, kFrameDepth);
+        m_Page.tree->UpdateRelFrameId(nullptr);
+        page["title"] = html->title() != nullptr ? JsonText(html->title()) : OrderedJson();
+        page["forms"] = html->nForms();
+        page["links"] = html->nLinks();
+        m_Page.where += " (frame " + frame.GetFrameName() + ": data/" + fileName + ")";
+    }
+    std::vector<CContextTree*> documents;
+    CStepResolver::Documents(*m_Page.tree, documents);
+    m_Page.loaded = !documents.empty();
     entry["page"] = page;
 }
 
@@ -439,7 +504,7 @@ bool CInspector::ResolveLinkOrImage(CWebContextStep& step, bool image, OrderedJs
         found = CStepResolver::FindLink(*m_Page.tree, step.GetAttributes(), target, why);
     }
     if (!found) {
-        Unresolved(entry, why + " in " + m_Page.file);
+        Unresolved(entry, why + " in " + m_Page.where);
         return false;
     }
     OrderedJson json = TargetJson(target, image ? "image" : "link");
@@ -465,7 +530,7 @@ bool CInspector::ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLP
     MString why;
     if (!CStepResolver::FindForm(*m_Page.tree, step.GetAttributes(), step.GetHiddens(), target,
                                  why)) {
-        Unresolved(entry, why + " in " + m_Page.file);
+        Unresolved(entry, why + " in " + m_Page.where);
         return false;
     }
     CForm form(target.node->GetTree(), target.form, true, target.node->GetFrameName());
@@ -866,21 +931,28 @@ void PrintEntry(const std::string& file, const OrderedJson& entry, std::ostream&
             out << pad << "NOT RESOLVED: " << Bytes(why) << '\n';
     if (entry.contains("page")) {
         const OrderedJson& page = entry["page"];
+        const std::string into = page.contains("frame")
+                                     ? " into frame " + Bytes(page["frame_id"]) + " " +
+                                           QuotedText(Bytes(page["frame"]), 60)
+                                     : std::string();
         if (!page["changes"].get<bool>()) {
             out << pad << "page unchanged (a resource or a response that is not HTML)\n";
         } else if (!page.contains("file")) {
-            out << pad << "page: no Snapshot, not recorded\n";
+            out << pad << "page" << into << ": no Snapshot, not recorded\n";
         } else if (!page["loaded"].get<bool>()) {
-            out << pad << "page: " << Bytes(page["file"]) << " not recorded (no such file)\n";
+            out << pad << "page" << into << ": " << Bytes(page["file"])
+                << " not recorded (no such file)\n";
         } else {
-            out << pad << "page: " << Bytes(page["file"]);
+            out << pad << "page" << into << ": " << Bytes(page["file"]);
             if (!page["title"].is_null())
                 out << " " << QuotedText(Bytes(page["title"]), 80);
             const int forms = page["forms"].get<int>();
             const int links = page["links"].get<int>();
             out << " (" << forms << (forms == 1 ? " form, " : " forms, ") << links
                 << (links == 1 ? " link)" : " links)") << '\n';
-            for (const OrderedJson& frame : page["frames"]) {
+            const OrderedJson frames =
+                page.contains("frames") ? page["frames"] : OrderedJson::array();
+            for (const OrderedJson& frame : frames) {
                 out << pad << "  frame " << Bytes(frame["id"]) << " "
                     << QuotedText(Bytes(frame["name"]), 60) << ": " << Bytes(frame["file"])
                     << (frame["loaded"].get<bool>() ? "" : " (not recorded)") << " <- "
