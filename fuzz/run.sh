@@ -26,6 +26,7 @@ fi
 extra_seeds() {
   case "$1" in
     HTMLLexer|HTMLScanner|Form) [ -d "$shared/corpus/html" ] && echo "$shared/corpus/html" ;;
+    ScriptReader) [ -d "$shared/corpus/scripts" ] && echo "$shared/corpus/scripts" ;;
   esac
 }
 
