@@ -69,9 +69,13 @@ WEBSTEP_DECLARE_PARSER(CWebParseSilverlightCustomRequest)  // "silverlight_web_r
 
 #undef WEBSTEP_DECLARE_PARSER
 
-// The step calls of current script versions beyond the registered 49: the
-// shared reader of their grammar, then one parser class per function.
-// CWebStepParse::UpdateRepositoryExtended registers them.
+/// The base of the parsers of the step calls that current script versions
+/// make beyond the registered 49 (CWebStepParse::UpdateRepositoryExtended
+/// registers them): one reader of their grammar, driven by a table per
+/// function (attributes with their value kinds, sections, the leading
+/// argument). Like every parser it records a failure as an error code with
+/// details and returns false; with WPF_CREATE_STEP the new step goes to the
+/// current-step slot, owned by whoever takes it from there.
 class CWebParseExtended : public CWebStepParse {
 public:
     // How an attribute's value is checked.
