@@ -6,6 +6,7 @@
 
 #include "webstep/html/HTMLVParser.h"
 #include "webstep/platform/CharacterServices.h"
+#include "webstep/platform/CodePage.h"
 
 namespace {
 
@@ -24,9 +25,19 @@ std::size_t CharLen(const char* s, std::size_t n) {
 }
 
 bool IsSpaceAt(const char* s, std::size_t n) {
-    if (n > 0 && static_cast<unsigned char>(*s) < 0x80) {
-        const char c = *s;
+    if (n == 0) {
+        return false;
+    }
+    const unsigned char c = static_cast<unsigned char>(*s);
+    if (c < 0x80) {
         return c == ' ' || (c >= '\t' && c <= '\r');
+    }
+    // In UTF-8 every white-space character beyond ASCII (U+0085, U+00A0,
+    // U+1680, U+2000 to U+205F, U+3000) starts with 0xC2, 0xE1, 0xE2 or
+    // 0xE3: any other lead byte (CJK text, for one) is no space.
+    if ((c < 0xC2 || (c > 0xC2 && c < 0xE1) || c > 0xE3) &&
+        webstep::platform::GetProcessCodePage() == webstep::platform::CP_UTF8) {
+        return false;
     }
     return os_is_char_space(s, n);
 }
