@@ -106,8 +106,33 @@ MString CHTMLScannerTextCallback::Format(const char* text) {
     bool pendingSpace = false;
     std::size_t i = 0;
     while (i < n) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c < 0x80) {
+            // ASCII: white space sets the pending space, a run of other
+            // characters is copied at once.
+            if (c == ' ' || (c >= '\t' && c <= '\r')) {
+                pendingSpace = !out.empty();
+                ++i;
+                continue;
+            }
+            std::size_t j = i + 1;
+            while (j < n) {
+                const unsigned char d = static_cast<unsigned char>(text[j]);
+                if (d >= 0x80 || d == ' ' || (d >= '\t' && d <= '\r')) {
+                    break;
+                }
+                ++j;
+            }
+            if (pendingSpace) {
+                out += ' ';
+                pendingSpace = false;
+            }
+            out.append(text + i, j - i);
+            i = j;
+            continue;
+        }
         const std::size_t len = CharLen(text + i, n - i);
-        if (len == 1 && static_cast<unsigned char>(text[i]) == 0xA0) {
+        if (len == 1 && c == 0xA0) {
             // A no-break space stands on its own: it ends a run of white
             // space before it and does not absorb white space after it.
             if (pendingSpace) {
