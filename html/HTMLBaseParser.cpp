@@ -26,6 +26,8 @@ constexpr int kTagHashBytes = 6;
 constexpr int kTagHashWeights[kTagHashBytes] = {1, 5, 2, 5, 3, 1};
 // Entity names of this many bytes or more are never looked up.
 constexpr unsigned kMaxEntityName = 80;
+// Bytes of the attribute value buffer kept between values.
+constexpr std::size_t kMaxKeptScratch = 64 * 1024;
 
 constexpr int HashOf(const char* name, unsigned length) {
     int h = 0;
@@ -535,12 +537,17 @@ void CHTMLBaseParser::onTagData(const CHTMLTokenBatch& batch) {
                         m_wanted = false;
                         m_currentCallback = nullptr;
                     } else if (m_pendingName != nullptr && m_attrs != nullptr) {
-                        char* value = DuplicateN(text, length);
-                        processAttrValue(value);
+                        // The value is rewritten in a buffer kept for the
+                        // thread; the attribute takes its own copy.
+                        thread_local std::string scratch;
+                        scratch.assign(text, length);
+                        processAttrValue(scratch.data());
                         if (m_pendingName[0] != '\0') {
-                            m_attrs->add(m_pendingName, value);
+                            m_attrs->add(m_pendingName, scratch.c_str());
                         }
-                        std::free(value);
+                        if (scratch.capacity() > kMaxKeptScratch) {
+                            std::string().swap(scratch);  // a huge value is not kept
+                        }
                         std::free(m_pendingName);
                         m_pendingName = nullptr;
                     }
