@@ -772,7 +772,17 @@ int main(int argc, char** argv) {
                                      })
             ->Unit(benchmark::kMillisecond);
     }
+    // Piece size: every corpus page and every long-token page, whole and in
+    // 4 KiB pieces.
+    std::vector<const Page*> pieced;
+    for (const Page& page : Pages()) {
+        pieced.push_back(&page);
+    }
     for (const Page& page : LongTokenPages()) {
+        pieced.push_back(&page);
+    }
+    for (const Page* pagePointer : pieced) {
+        const Page& page = *pagePointer;
         for (std::size_t piece : {std::size_t{0}, kPiece}) {
             const std::string name = "long/" + page.name + "/" + (piece == 0 ? "whole" : "4 KiB");
             benchmark::RegisterBenchmark(name.c_str(), [&page, piece](benchmark::State& state) {
@@ -853,8 +863,11 @@ int main(int argc, char** argv) {
                         mbps("pages/" + group + "/" + p->name));
         }
     }
-    std::printf("\nLong tokens: full scan of a ~500 KB token page (MB/s; 4 KiB / whole)\n");
-    for (const Page& page : LongTokenPages()) {
+    std::printf(
+        "\nPiece size: full scan of each page whole and in 4 KiB pieces (MB/s; 4 KiB / whole);\n"
+        "the last four are the generated pages with one ~500 KB token\n");
+    for (const Page* pagePointer : pieced) {
+        const Page& page = *pagePointer;
         const double whole = mbps("long/" + page.name + "/whole");
         const double pieces = mbps("long/" + page.name + "/4 KiB");
         std::printf("    %-22s whole %8.1f   4 KiB %8.1f   %5.1f %%\n", page.name.c_str(), whole,
