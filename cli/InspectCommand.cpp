@@ -28,7 +28,6 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
-#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
