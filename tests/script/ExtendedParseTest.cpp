@@ -650,3 +650,28 @@ TEST(ExtendedFrame, VariableArgumentListsEndAtLast) {
     std::unique_ptr<CWebStepData> step(parser->GetDataStep());
     EXPECT_NE(dynamic_cast<CWebStepRegSaveParamEx*>(step.get()), nullptr);
 }
+
+TEST(ExtendedValueTables, OrdinalNotFoundScopeAndFlagsOfEveryRuleThatHasThem) {
+    EXPECT_EQ(
+        Error("web_reg_save_param_regexp", {"ParamName=A", "RegExp=(a)", "Ordinal=any", "LAST"}),
+        "1002|text=any");
+    EXPECT_EQ(
+        Error("web_reg_save_param_xpath", {"ParamName=A", "QueryString=/a", "NotFound=0", "LAST"}),
+        "1003|attribute=NotFound|text=0");
+    EXPECT_EQ(Error("web_reg_save_param_xpath",
+                    {"ParamName=A", "QueryString=/a", "SEARCH_FILTERS", "Scope=Head", "LAST"}),
+              "1003|attribute=Scope|text=Head");
+    EXPECT_EQ(Error("web_reg_save_param_json",
+                    {"ParamName=A", "QueryString=$.a", "SEARCH_FILTERS", "Scope=Json", "LAST"}),
+              "1003|attribute=Scope|text=Json");
+    EXPECT_EQ(Error("web_reg_save_param_attrib",
+                    {"ParamName=A", "TagName=a", "Extract=href", "Ordinal=first", "LAST"}),
+              "1002|text=first");
+    EXPECT_EQ(
+        Error("web_reg_save_param_attrib", {"ParamName=A", "TagName=a", "Extract=href",
+                                            "SEARCH_FILTERS", "IgnoreRedirections=2", "LAST"}),
+        "1005|text=2");
+    EXPECT_EQ(Error("web_reg_async_attributes",
+                    {"ID=A", "URL=http://a/", "Pattern=Poll", "XMLHttpRequest=true", "LAST"}),
+              "1005|text=true");
+}
