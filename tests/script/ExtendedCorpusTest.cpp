@@ -34,7 +34,7 @@ struct CorpusCall {
     bool noted = false;
 };
 
-std::vector<CorpusCall> ExtendedCalls() {
+std::vector<CorpusCall> ReadExtendedCalls() {
     std::vector<CorpusCall> calls;
     const auto path = webstep::test::RequireShared("corpus/scripts/expected.jsonl");
     std::ifstream in(path);
@@ -44,7 +44,8 @@ std::vector<CorpusCall> ExtendedCalls() {
         if (entry.is_discarded() || !entry["expect"].is_string() || entry["expect"] != "extended")
             continue;
         CorpusCall call;
-        call.where = entry["file"].get<std::string>() + ":" + std::to_string(entry["line"].get<int>());
+        call.where =
+            entry["file"].get<std::string>() + ":" + std::to_string(entry["line"].get<int>());
         call.function = entry["function"].get<std::string>();
         call.noted = entry.contains("note");
         for (const json& arg : entry["args"]) {
@@ -60,13 +61,19 @@ std::vector<CorpusCall> ExtendedCalls() {
     return calls;
 }
 
+// Read once for all the tests of this file.
+const std::vector<CorpusCall>& ExtendedCalls() {
+    static const std::vector<CorpusCall> calls = ReadExtendedCalls();
+    return calls;
+}
+
 }  // namespace
 
 TEST(ExtendedCorpus, EveryExtendedCallWithoutANoteParses) {
     CObjectRepository repository;
     CWebStepParse::UpdateRepository(repository);
     CWebStepParse::UpdateRepositoryExtended(repository);
-    const std::vector<CorpusCall> calls = ExtendedCalls();
+    const std::vector<CorpusCall>& calls = ExtendedCalls();
     ASSERT_FALSE(calls.empty()) << "no call marked extended in the corpus";
     size_t parsed = 0;
     std::map<std::string, size_t> perFunction;
@@ -79,8 +86,8 @@ TEST(ExtendedCorpus, EveryExtendedCallWithoutANoteParses) {
         std::vector<const char*> args;
         for (const std::string& arg : call.args)
             args.push_back(arg.c_str());
-        const bool ok = parser->ParseArguments(static_cast<unsigned int>(args.size()),
-                                               args.data(), WPF_CREATE_STEP);
+        const bool ok = parser->ParseArguments(static_cast<unsigned int>(args.size()), args.data(),
+                                               WPF_CREATE_STEP);
         std::unique_ptr<CWebStepData> step(parser->GetDataStep());
         EXPECT_TRUE(ok) << call.where << ": " << call.function << " refused with "
                         << parser->GetLastErrorInfo().GetCode();
