@@ -91,11 +91,14 @@ std::string ProcessPath(std::string_view path, const PathRules& rules) {
     };
     // Most paths have no dot segment: only their separators may change.
     bool hasDotSegment = false;
-    for (std::size_t k = 0; k < path.size() && !hasDotSegment; ++k) {
-        if (path[k] != '.' || (k > 0 && !isSep(path[k - 1])))
-            continue;
-        std::size_t e = k + 1 < path.size() && path[k + 1] == '.' ? k + 2 : k + 1;
-        hasDotSegment = e == path.size() || isSep(path[e]);
+    for (const void* dot = path.empty() ? nullptr : std::memchr(path.data(), '.', path.size());
+         dot != nullptr && !hasDotSegment;) {
+        const std::size_t k = static_cast<std::size_t>(static_cast<const char*>(dot) - path.data());
+        if (k == 0 || isSep(path[k - 1])) {
+            std::size_t e = k + 1 < path.size() && path[k + 1] == '.' ? k + 2 : k + 1;
+            hasDotSegment = e == path.size() || isSep(path[e]);
+        }
+        dot = std::memchr(path.data() + k + 1, '.', path.size() - k - 1);
     }
     if (!hasDotSegment) {
         std::string out(path);
@@ -480,9 +483,14 @@ std::string CanonicalizeUrlForm(std::string_view url, bool fileUrlForm) {
     while (e > b && static_cast<unsigned char>(url[e - 1]) <= 0x20)
         --e;
     std::string s(url.substr(b, e - b));
-    s.erase(std::remove_if(s.begin(), s.end(),
-                           [](char c) { return c == '\t' || c == '\r' || c == '\n'; }),
-            s.end());
+    // Most URLs have none of them: three byte searches say so quickly.
+    if (std::memchr(s.data(), '\t', s.size()) != nullptr ||
+        std::memchr(s.data(), '\r', s.size()) != nullptr ||
+        std::memchr(s.data(), '\n', s.size()) != nullptr) {
+        s.erase(std::remove_if(s.begin(), s.end(),
+                               [](char c) { return c == '\t' || c == '\r' || c == '\n'; }),
+                s.end());
+    }
 
     if (s.size() >= 2 && s[0] == '\\' && s[1] == '\\')
         return fileUrlForm ? FileUrlForm(s) : FilePath(s);
@@ -514,7 +522,7 @@ std::string CanonicalizeUrlForm(std::string_view url, bool fileUrlForm) {
         return CanonMoniker(rest);
 
     std::string work(rest);
-    if (cls == SchemeClass::Web) {
+    if (cls == SchemeClass::Web && std::memchr(work.data(), '\\', work.size()) != nullptr) {
         // Backslashes become slashes up to the query or fragment.
         for (char& c : work) {
             if (c == '?' || c == '#')
