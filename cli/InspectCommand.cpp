@@ -523,13 +523,24 @@ bool CInspector::ResolveLinkOrImage(CWebContextStep& step, bool image, OrderedJs
 }
 
 bool CInspector::ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLParser& url) {
-    if (!PageReady(entry))
+    // Without the form, the step's own Action still tells where the page
+    // that follows comes from, so that its relative links can be followed.
+    auto fallBack = [&]() {
+        MString action;
+        bool relative = false;
+        if (step.GetAttributes().GetAttribute("Action", action) && !IsParameter(action))
+            url = Absolute(action, relative);
+    };
+    if (!PageReady(entry)) {
+        fallBack();
         return false;
+    }
     StepTarget target;
     MString why;
     if (!CStepResolver::FindForm(*m_Page.tree, step.GetAttributes(), step.GetHiddens(), target,
                                  why)) {
         Unresolved(entry, why + " in " + m_Page.where);
+        fallBack();
         return false;
     }
     CForm form(target.node->GetTree(), target.form, true, target.node->GetFrameName());

@@ -128,6 +128,26 @@ set -e
 grep -qF 'no action file "nosuch.c"' "$work/err" || fail "unknown action file not named"
 expect "== action.c"
 
+# A form that is not on the page: the step's Action still gives the address
+# of the page that follows, so its relative links can be followed.
+fallback=$work/fallback
+mkdir -p "$fallback/data"
+cat > "$fallback/action.c" <<'C'
+Action()
+{
+    web_url("start", "URL=http://shop.example.com/a/", "Snapshot=t1.inf", LAST);
+    web_submit_form("pay", "Action=http://pay.example.com/p/go", "Snapshot=t2.inf",
+        ITEMDATA, "Name=card", "Value=1", ENDITEM, LAST);
+    web_link("receipt", "Text=Receipt", "Snapshot=t3.inf", LAST);
+    return 0;
+}
+C
+echo '<p>no form here</p>' > "$fallback/data/t1.html"
+echo '<a href="receipt?n=1">Receipt</a>' > "$fallback/data/t2.html"
+out=$("$tool" inspect "$fallback" || true)
+expect "NOT RESOLVED: the page has no form in data/t1.html"
+expect "      GET http://pay.example.com/p/receipt?n=1"
+
 # More than 50 steps: a progress line on a terminal's stderr, none otherwise.
 for i in $(seq 1 60); do
   echo "    web_url(\"s$i\", \"URL=http://shop.example.com/$i\", LAST);"
