@@ -41,6 +41,9 @@ struct ParsedStep {
 class CStepRunner {
 public:
     explicit CStepRunner(bool extended = true);
+    // Readers made by MakeReader point at the runner: it stays in place.
+    CStepRunner(const CStepRunner&) = delete;
+    CStepRunner& operator=(const CStepRunner&) = delete;
     ParsedStep Parse(const ScriptCall& call);
 
     bool IsExtended() const { return m_Extended; }
@@ -49,7 +52,8 @@ public:
     // Whether the function belongs to the extended set (known or not here).
     static bool IsExtendedFunction(const MString& function);
     // A script reader that takes the repository's functions for step calls
-    // (other web_ names are unknown functions).
+    // (other web_ names are unknown functions). It asks this runner, which
+    // must outlive it and stay where it is.
     CScriptReader MakeReader() const;
 
 private:
