@@ -4,6 +4,7 @@
 // time in proportion to its size.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -55,10 +56,11 @@ public:
 
 }  // namespace
 
-// The named size is 50 MB; under a sanitizer the page is 8 MB.
+// The named size is 50 MB; under a sanitizer the page is 4 MB (the full size
+// takes minutes there).
 TEST(HostileHTML, LargePageIsScannedInTimeProportionalToItsSize) {
     const std::string piece = kOrdinaryPiece;
-    const std::size_t size = Sized(50u << 20, 8u << 20);
+    const std::size_t size = Sized(50u << 20, 4u << 20);
     const std::string page = Repeat(piece, size);
     const std::size_t copies = page.size() / piece.size();
     const std::size_t before = PeakResidentBytes();
@@ -70,8 +72,13 @@ TEST(HostileHTML, LargePageIsScannedInTimeProportionalToItsSize) {
     EXPECT_EQ(last->nElements(), 4);
     scanner.reset();
     // The model of a page full of forms and links is larger than the page,
-    // but by a bounded factor.
-    EXPECT_LT(PeakResidentBytes() - before, 40 * page.size() + (64u << 20));
+    // but by a bounded factor (a sanitizer adds shadow memory, red zones and
+    // a quarantine of freed blocks).
+    const std::size_t grown = PeakResidentBytes() - before;
+    const std::size_t factor = webstep::test::kSanitized ? 200 : 40;
+    EXPECT_LT(grown, factor * page.size() + (64u << 20));
+    std::printf("peak memory grew by %.1f times the page size\n",
+                static_cast<double>(grown) / static_cast<double>(page.size()));
 
     const auto scaling = MeasureScaling([&](std::size_t n) { Scan(Repeat(piece, n), 1 << 16); },
                                         Sized(1u << 20, 256u << 10), 8);
@@ -95,9 +102,10 @@ TEST(HostileHTML, MillionNestedUnclosedTagsAreScannedInLinearTime) {
     EXPECT_LT(scaling.ratio(), 10 * 4.0) << scaling.small << " s, " << scaling.large << " s";
 }
 
+// The named count is 100,000; under a sanitizer the page has 20,000 forms.
 TEST(HostileHTML, HundredThousandFormsAreAllKeptAndTheLastOneMatches) {
     std::string page;
-    const int forms = 100000;
+    const int forms = static_cast<int>(Sized(100000, 20000));
     page.reserve(static_cast<std::size_t>(forms) * 80);
     for (int i = 0; i < forms; ++i)
         page += "<form action=/f" + std::to_string(i) + "><input name=q" + std::to_string(i) +
@@ -105,15 +113,16 @@ TEST(HostileHTML, HundredThousandFormsAreAllKeptAndTheLastOneMatches) {
     auto scanner = Scan(page);
     ASSERT_EQ(scanner->nForms(), forms);
     CHTMLForm* last = scanner->form(forms - 1);
-    EXPECT_STREQ(last->action(), "/f99999");
+    EXPECT_EQ(std::string(last->action()), "/f" + std::to_string(forms - 1));
     CForm form(nullptr, last, false, "");
     CDataSet set;
-    set.AddData(new CData("q99999", "hostile", CData::RT_LITERAL, CData::RT_LITERAL,
+    const std::string name = "q" + std::to_string(forms - 1);
+    set.AddData(new CData(name, "hostile", CData::RT_LITERAL, CData::RT_LITERAL,
                           CData::DT_UNSPECIFIED, true, "", "", false, "", "", ""));
     EXPECT_TRUE(form.SetToDataSet(&set));
     MString body, boundary;
     form.GetSubmitArgs(body, boundary);
-    EXPECT_NE(body.find("q99999=hostile"), MString::npos) << body;
+    EXPECT_NE(body.find(name + "=hostile"), MString::npos) << body;
 
     const auto scaling = MeasureScaling(
         [&](std::size_t n) {
