@@ -195,9 +195,153 @@ int CURLParser::Create(const CURLParser& base, const char* url) {
     return CreateFromRelativeURL(base, url);
 }
 
+namespace {
+
+// Bytes that the canonical form of an http path keeps as they are and that
+// never lead a multi-byte character: no blanks or control characters, no
+// backslash (it would become a slash), nothing above ASCII.
+bool IsPlainPathByte(unsigned char c) {
+    return c > 0x20 && c < 0x7f && c != '\\';
+}
+
+// Host bytes that lower-casing, the port and the user information leave alone.
+bool IsPlainHostByte(unsigned char c) {
+    return c > 0x20 && c < 0x7f && c != ':' && c != '@' && c != '\\' && c != '/' && c != '?' &&
+           c != '#' && !(c >= 'A' && c <= 'Z');
+}
+
+std::size_t WebSchemeLength(std::string_view text) {
+    if (text.starts_with("http://"))
+        return 7;
+    if (text.starts_with("https://"))
+        return 8;
+    return 0;
+}
+
+}  // namespace
+
+bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText) {
+    // A replaced crack service is always asked.
+    if (lpfncInternetCrackURL != nullptr && lpfncInternetCrackURL != &InternetCrackUrlA)
+        return false;
+    const std::size_t schemeLength = WebSchemeLength(text);
+    if (schemeLength == 0)
+        return false;
+    const std::size_t n = text.size();
+    std::size_t i = schemeLength;
+    while (i < n && IsPlainHostByte(static_cast<unsigned char>(text[i])))
+        ++i;
+    // The host must be followed by the path; "http://a?x" gains a "/" when
+    // canonicalized, so it goes the general way.
+    if (i == schemeLength || i == n || text[i] != '/')
+        return false;
+    const std::size_t hostEnd = i;
+    std::size_t fileStart = i + 1;
+    for (; i < n && text[i] != '?' && text[i] != '#'; ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (!IsPlainPathByte(c))
+            return false;
+        if (c == '/')
+            fileStart = i + 1;
+        else if (c == '.' && text[i - 1] == '/')
+            return false;  // a possible dot segment
+    }
+    const std::size_t extraStart = i;
+    // A fragment before the query ends the path at the query when the URL is
+    // split again; blanks in the extra information are trimmed or removed.
+    bool sawHash = false;
+    for (; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c <= 0x20 || (c == '?' && sawHash))
+            return false;
+        sawHash = sawHash || c == '#';
+    }
+    m_scheme = TheInternetSchemeMap().GetDescr(schemeLength == 7 ? 3L : 4L);
+    m_host.assign(text.data() + schemeLength, hostEnd - schemeLength);
+    m_port = m_scheme->defaultPort;
+    m_userName.clear();
+    m_password.clear();
+    m_path.assign(text.data() + hostEnd, fileStart - hostEnd);
+    m_file.assign(text.data() + fileStart, extraStart - fileStart);
+    m_extraInfo.assign(text.data() + extraStart, n - extraStart);
+    // The same plain substring test as the general way.
+    m_explicitPort = std::strstr(portSearchText, schemeLength == 7 ? ":80" : ":443") != nullptr;
+    m_valid = 1;
+    return true;
+}
+
+bool CURLParser::HasSimpleBase() const {
+    if (!m_valid || (m_scheme != TheInternetSchemeMap().GetDescr(3L) &&
+                     m_scheme != TheInternetSchemeMap().GetDescr(4L)))
+        return false;
+    if (m_host.empty() || !IsDefaultPort() || m_path.empty() || m_path[0] != '/')
+        return false;
+    for (char c : m_host)
+        if (!IsPlainHostByte(static_cast<unsigned char>(c)))
+            return false;
+    auto plain = [](const MString& s, char before) {
+        for (char c : s) {
+            if (!IsPlainPathByte(static_cast<unsigned char>(c)) || c == '?' || c == '#' ||
+                (c == '.' && before == '/'))
+                return false;
+            before = c;
+        }
+        return true;
+    };
+    if (!plain(m_path, 0) || !plain(m_file, m_path.back()))
+        return false;
+    for (char c : m_extraInfo)
+        if (static_cast<unsigned char>(c) <= 0x20)
+            return false;
+    return true;
+}
+
+bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) {
+    if (!base.HasSimpleBase() || url[0] == '\0')
+        return false;
+    const std::string_view rel(url);
+    // Blanks and control characters are trimmed or removed by the general way.
+    std::size_t colon = MString::npos;
+    for (std::size_t k = 0; k < rel.size(); ++k) {
+        const unsigned char c = static_cast<unsigned char>(rel[k]);
+        if (c <= 0x20)
+            return false;
+        if (c == ':' && colon == MString::npos)
+            colon = k;
+    }
+    // One text per thread, so that resolving allocates no scratch string.
+    thread_local MString text;
+    if (colon != MString::npos) {
+        // A scheme, unless a "/", "?" or "#" comes first (none is a scheme
+        // character). Only a plain http or https URL is taken here.
+        const std::size_t stop = rel.find_first_of("/?#");
+        if (stop == std::string_view::npos || stop > colon) {
+            if (WebSchemeLength(rel) == 0)
+                return false;
+            return TakeSimpleURL(rel, url);
+        }
+    }
+    text.assign(base.m_scheme->name).append(base.m_scheme->separator).append(base.m_host);
+    if (rel[0] == '#') {
+        // The base without its fragment, then the new fragment.
+        text.append(base.m_path).append(base.m_file);
+        text.append(base.m_extraInfo, 0, base.m_extraInfo.find('#'));
+        text.append(rel);
+    } else if (rel[0] == '/') {
+        if (rel.size() >= 2 && (rel[1] == '/' || rel[1] == '\\'))
+            return false;
+        text.append(rel);
+    } else {
+        text.append(base.m_path).append(rel);
+    }
+    return TakeSimpleURL(text, text.c_str());
+}
+
 int CURLParser::CreateFromAbsoluteURL(const char* url) {
-    Clear();
     // A bare fragment or query is never an absolute URL.
+    if (url != nullptr && url[0] != '#' && url[0] != '?' && TakeSimpleURL(url, url))
+        return m_valid;
+    Clear();
     if (url == nullptr || url[0] == '#' || url[0] == '?')
         return 0;
     MString canonical;
@@ -207,6 +351,8 @@ int CURLParser::CreateFromAbsoluteURL(const char* url) {
 }
 
 int CURLParser::CreateFromRelativeURL(const CURLParser& base, const char* url) {
+    if (url != nullptr && TakeSimpleRelativeURL(base, url))
+        return m_valid;
     MString baseText;
     base.ToStringRep(baseText, LABEL | SEARCH);
     Clear();

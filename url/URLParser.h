@@ -5,19 +5,23 @@
 // services.
 #include <cstdint>
 #include <map>
+#include <string_view>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/platform/WinInet.h"
 
-struct SchemeDescr {
+/// One known URL scheme: name, tag and default port. Records of the
+/// process-wide scheme table, never freed.
+struct WEBSTEP_API SchemeDescr {
     MString name;
     MString separator;
     std::int32_t hierarchical;
     std::uint16_t defaultPort;
 };
 
-// The process-wide table of known schemes; the tag of a scheme is its index.
-class InternetSchemeMap {
+/// The process-wide table of known schemes; the tag of a scheme is its index.
+class WEBSTEP_API InternetSchemeMap {
 public:
     struct AuxRow {
         const char* name;
@@ -28,14 +32,14 @@ public:
 
     InternetSchemeMap();
     ~InternetSchemeMap();
-    // The process-wide instance, built on first use.
+    /// The process-wide instance, built on first use.
     static InternetSchemeMap& Instance();
     InternetSchemeMap(const InternetSchemeMap&) = delete;
     InternetSchemeMap& operator=(const InternetSchemeMap&) = delete;
 
-    // The "unknown" entry when the name is not in the table.
+    /// The "unknown" entry when the name is not in the table.
     SchemeDescr* GetDescr(const char* name);
-    // The entry at that index (unchecked).
+    /// The entry at that index (unchecked).
     SchemeDescr* GetDescr(long tag);
     long GetTag(SchemeDescr* descr);
     bool IsUnknown(SchemeDescr* descr);
@@ -51,17 +55,23 @@ private:
     bool m_owner = false;
 };
 
-// The shared table, built on first use.
-InternetSchemeMap& TheInternetSchemeMap();
+/// The shared table, built on first use.
+WEBSTEP_API InternetSchemeMap& TheInternetSchemeMap();
 
-class CURLParser {
+/// A URL split into scheme, user, password, host, port, path, file, search
+/// and label, built from an absolute URL, a base and a relative URL, or host
+/// and path parts. A value class. The Create functions return 0 on failure;
+/// IsValid() tells whether the text was a URL, and the getters of an invalid
+/// URL give empty texts and port 0. The cracking function behind it is
+/// process-wide and replaceable (SetInternetCrackURLFunc).
+class WEBSTEP_API CURLParser {
 public:
     using CrackFunc = webstep::platform::BOOL (*)(webstep::platform::LPCSTR,
                                                   webstep::platform::DWORD,
                                                   webstep::platform::DWORD,
                                                   webstep::platform::URL_COMPONENTSA*);
 
-    // Printing options.
+    /// Printing options.
     enum { LABEL = 1, SEARCH = 2, USERINFO = 4 };
 
     CURLParser();
@@ -115,13 +125,13 @@ public:
     bool HasExplicitPort() const { return m_valid && m_explicitPort; }
     MString GetExtraInfo() const { return m_valid ? m_extraInfo : MString(); }
 
-    // Prints the URL with the given options into text (without user
-    // information unless USERINFO is set); returns its length.
+    /// Prints the URL with the given options into text (without user
+    /// information unless USERINFO is set); returns its length.
     int ToStringRep(MString& text, int options) const;
     int EstimateStringRepSize(int options) const;
 
-    // Normalises the dot segments of a URL path in place: "./" disappears,
-    // "../" disappears without removing the segment before it.
+    /// Normalises the dot segments of a URL path in place: "./" disappears,
+    /// "../" disappears without removing the segment before it.
     static void NormalizePath(MString& path);
 
     static void SetInternetCrackURLFunc(CrackFunc func) { lpfncInternetCrackURL = func; }
@@ -133,6 +143,12 @@ public:
 private:
     void Clear();
     int CreateFromCanonicalText(const char* text, const char* portSearchText);
+    /// The common case of an http or https URL that canonicalization would
+    /// leave as it stands, taken apart in one pass; false (nothing changed)
+    /// for anything else, which then goes the general way.
+    bool TakeSimpleURL(std::string_view text, const char* portSearchText);
+    bool TakeSimpleRelativeURL(const CURLParser& base, const char* url);
+    bool HasSimpleBase() const;
     int CreateFromURLComponents(const webstep::platform::URL_COMPONENTSA& components);
     void DivideExtra(MString* search, MString* label) const;
     bool IsDefaultPort() const;
