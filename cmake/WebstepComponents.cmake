@@ -10,6 +10,8 @@ function(webstep_component name)
   endif()
   add_library(ws_${name} OBJECT ${sources})
   target_link_libraries(ws_${name} PUBLIC webstep_common)
+  # Only what the headers mark WEBSTEP_API is exported from the shared library.
+  set_target_properties(ws_${name} PROPERTIES CXX_VISIBILITY_PRESET hidden)
 endfunction()
 
 # webstep_test(<name> COMPONENTS <component>...)

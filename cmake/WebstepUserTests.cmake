@@ -23,3 +23,6 @@ if(NOT WEBSTEP_SANITIZE AND NOT WEBSTEP_TSAN AND TARGET webstep_cli)
             ${PROJECT_BINARY_DIR}/consumer-test ${CMAKE_COMMAND} ${CMAKE_CXX_COMPILER})
   set_tests_properties(consumer.builds_against_installed_library PROPERTIES TIMEOUT 300)
 endif()
+
+# Every class of the public headers carries a documentation comment.
+add_test(NAME api.classes_are_documented COMMAND bash ${PROJECT_SOURCE_DIR}/scripts/doccheck.sh)

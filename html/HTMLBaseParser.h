@@ -6,6 +6,7 @@
 // sequences to the process code page and calls the registered callbacks.
 #include <array>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/TextBuffer.h"
 #include "webstep/html/HTMLAttr.h"
 #include "webstep/html/HTMLTag.h"
@@ -14,36 +15,46 @@ class CHTMLLexer;
 class CHTMLTokenSink;
 struct CHTMLTokenBatch;
 
-class TagCallback {
+/// Receives the start and end tags of a page from CHTMLBaseParser. The parser
+/// does not own its callbacks; they must outlive the parse.
+class WEBSTEP_API TagCallback {
 public:
     virtual ~TagCallback();
-    // attrs is the parser's own list, emptied at the next start tag; a
-    // callback that keeps it may take the pointer and replace it.
+    /// attrs is the parser's own list, emptied at the next start tag; a
+    /// callback that keeps it may take the pointer and replace it.
     virtual void onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) = 0;
     virtual void onEndTag(HTMLTag tag) = 0;
 };
 
-class TextCallback {
+/// Receives the text between tags from CHTMLBaseParser (not owned by it).
+class WEBSTEP_API TextCallback {
 public:
     virtual ~TextCallback();
     virtual void onText(const char* text, unsigned length) = 0;
 };
 
-class CommentCallback {
+/// Receives comment text, and the content of script, noframes and noscript,
+/// from CHTMLBaseParser (not owned by it).
+class WEBSTEP_API CommentCallback {
 public:
     virtual ~CommentCallback();
     virtual void onComment(const char* text, unsigned length) = 0;
 };
 
-// One record of the entity table: a NUL-padded name and its ISO 8859-1 code.
-struct HTMLEntityRecord {
+/// One record of the entity table: a NUL-padded name and its ISO 8859-1 code.
+struct WEBSTEP_API HTMLEntityRecord {
     char name[20];
     unsigned char value;
 };
 
-class CHTMLBaseParser {
+/// The HTML lexer as its clients see it: a page fed in pieces comes out as
+/// start tags with decoded attributes, text and comments through the
+/// registered callbacks (which it does not own). Malformed HTML never fails
+/// the parse; what the lexer met is reported through its warning callback
+/// only. Not copyable; one parser is used by one thread at a time.
+class WEBSTEP_API CHTMLBaseParser {
 public:
-    // Slots of the tag hash; a hash at or above this bound is unknown.
+    /// Slots of the tag hash; a hash at or above this bound is unknown.
     static constexpr int kTagMapSize = 1095;
     static constexpr int kEntityCount = 100;
 
@@ -52,40 +63,40 @@ public:
     CHTMLBaseParser& operator=(const CHTMLBaseParser&) = delete;
     virtual ~CHTMLBaseParser();
 
-    // HTML_ALL_TAGS sets the callback of every known tag.
+    /// HTML_ALL_TAGS sets the callback of every known tag.
     void registerTagCallback(HTMLTag tag, TagCallback* cb);
     void registerTextCallback(TextCallback* cb);
     void registerCommentCallback(CommentCallback* cb);
 
-    // Also returns the engine to normal text, so that a parser can be reused.
+    /// Also returns the engine to normal text, so that a parser can be reused.
     void startParse();
-    // A length of 0 ends the input.
+    /// A length of 0 ends the input.
     void continueParse(const char* data, unsigned length);
-    // Closes what is still open and delivers the rest; a comment that was
-    // never closed ends at its first greater-than sign and the rest of the
-    // page is scanned again as ordinary input.
+    /// Closes what is still open and delivers the rest; a comment that was
+    /// never closed ends at its first greater-than sign and the rest of the
+    /// page is scanned again as ordinary input.
     void stopParse();
 
     void SetUnterminatedComment(bool on) { m_unterminatedComment = on; }
 
-    // The token engine, for the diagnostic dump.
+    /// The token engine, for the diagnostic dump.
     CHTMLLexer& lexer() { return *m_lexer; }
 
-    // The lower-case name of a known tag; null otherwise.
+    /// The lower-case name of a known tag; null otherwise.
     static const char* TagToString(HTMLTag tag);
-    // The perfect hash over at most the first six bytes of a name; negative
-    // hashes are possible for names with bytes below the digit zero.
+    /// The perfect hash over at most the first six bytes of a name; negative
+    /// hashes are possible for names with bytes below the digit zero.
     static int TagHash(const char* name, unsigned length);
-    // The tag of an already lower-cased name; HTML_UNKNOWN_TAG when none.
+    /// The tag of an already lower-cased name; HTML_UNKNOWN_TAG when none.
     static HTMLTag LookupTag(const char* name, unsigned length);
-    // An entity name (without the ampersand) or "#" and a decimal or "#x"
-    // and a hexadecimal number up to 255.
+    /// An entity name (without the ampersand) or "#" and a decimal or "#x"
+    /// and a hexadecimal number up to 255.
     static bool LookupEntity(const char* name, unsigned length, char& out);
-    // text starts at an ampersand; succeeds when a semicolon ends the
-    // reference and its name is known; consumed then covers the semicolon.
+    /// text starts at an ampersand; succeeds when a semicolon ends the
+    /// reference and its name is known; consumed then covers the semicolon.
     static bool translateEntityRef(const char* text, char& out, unsigned& consumed);
-    // Drops line breaks after the first break or reference, decodes the
-    // references and removes a leading and a trailing quote.
+    /// Drops line breaks after the first break or reference, decodes the
+    /// references and removes a leading and a trailing quote.
     static void processAttrValue(char* value);
 
     static const std::array<unsigned char, kTagMapSize> theTagMap;
@@ -127,7 +138,7 @@ private:
     bool m_unterminatedComment;
     bool m_inMultiByte;
     CTextBuffer* m_multiByte;
-    // Inside script, noframes or noscript: a markup comment that ends there
-    // does not end the comment mode of the tag.
+    /// Inside script, noframes or noscript: a markup comment that ends there
+    /// does not end the comment mode of the tag.
     bool m_inCommentTag;
 };

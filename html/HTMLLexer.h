@@ -10,8 +10,9 @@
 //
 // One engine has no global state: two engines may run in two threads.
 #include <cstdio>
+#include "webstep/foundation/Export.h"
 
-// Token kinds; the numbers are the interface between the engine and its sinks.
+/// Token kinds; the numbers are the interface between the engine and its sinks.
 enum HTMLTokenKind : int {
     HTML_TOKEN_NONE = 0,
     HTML_TOKEN_DATA = 1,
@@ -39,14 +40,14 @@ enum HTMLTokenKind : int {
     HTML_TOKEN_UNTERMINATED_MB = 23,
 };
 
-// The three receivers of token batches.
+/// The three receivers of token batches.
 enum HTMLTokenSinkId : int {
     HTML_SINK_TAG_DATA = 0,
     HTML_SINK_AUX_MARKUP = 1,
     HTML_SINK_ERR_LIM = 2,
 };
 
-// Start conditions of the engine, as reported by CHTMLLexer::condition().
+/// Start conditions of the engine, as reported by CHTMLLexer::condition().
 enum HTMLLexerCondition : int {
     HTML_COND_TEXT = 0,
     HTML_COND_START_TAG = 1,
@@ -57,13 +58,13 @@ enum HTMLLexerCondition : int {
     HTML_COND_SKIP = 6,
     HTML_COND_MB_1 = 7,
     HTML_COND_MB_2 = 8,
-    // A quoted value being collected (inside a tag or a declaration).
+    /// A quoted value being collected (inside a tag or a declaration).
     HTML_COND_QUOTED = 9,
 };
 
-// One batch of tokens. The texts are not NUL-terminated; they stay valid
-// only during the sink call.
-struct CHTMLTokenBatch {
+/// One batch of tokens. The texts are not NUL-terminated; they stay valid
+/// only during the sink call.
+struct WEBSTEP_API CHTMLTokenBatch {
     int count;
     const int* kinds;
     const char* const* texts;
@@ -71,13 +72,18 @@ struct CHTMLTokenBatch {
     int line;  // the engine's line counter when the batch was handed over
 };
 
-class CHTMLTokenSink {
+/// Receives the lexer's token batches; the lexer does not own its sink.
+class WEBSTEP_API CHTMLTokenSink {
 public:
     virtual ~CHTMLTokenSink();
     virtual void onTokens(HTMLTokenSinkId sink, const CHTMLTokenBatch& batch) = 0;
 };
 
-class CHTMLLexer {
+/// The token engine: cuts a page fed in pieces of any size into typed tokens
+/// and hands them in batches to its sink (not owned). Never fails on bad
+/// input: errors and limitations are tokens of their own. Not copyable; one
+/// engine per thread.
+class WEBSTEP_API CHTMLLexer {
 public:
     explicit CHTMLLexer(CHTMLTokenSink* sink = nullptr, bool normalize = true);
     CHTMLLexer(const CHTMLLexer&) = delete;
@@ -85,29 +91,29 @@ public:
     ~CHTMLLexer();
 
     void setSink(CHTMLTokenSink* sink);
-    // Normalisation drops trailing white space from markup tokens and lowers
-    // the names of tags, attributes and declarations.
+    /// Normalisation drops trailing white space from markup tokens and lowers
+    /// the names of tags, attributes and declarations.
     void setNormalize(bool on);
     bool normalize() const;
-    // Prints every batch to the stream (standard output when null) in the
-    // diagnostic format; false switches the dump off.
+    /// Prints every batch to the stream (standard output when null) in the
+    /// diagnostic format; false switches the dump off.
     void setDump(bool on, std::FILE* out = nullptr);
 
-    // Scans a piece. A length of 0 ends the input: unfinished tokens are
-    // closed and the end-of-input rules of the current condition run. Ending
-    // twice without input in between does nothing the second time.
+    /// Scans a piece. A length of 0 ends the input: unfinished tokens are
+    /// closed and the end-of-input rules of the current condition run. Ending
+    /// twice without input in between does nothing the second time.
     void feed(const char* data, unsigned length);
-    // Back to normal text, dropping any unfinished token and pending batch.
+    /// Back to normal text, dropping any unfinished token and pending batch.
     void reset();
 
     int line() const;
     HTMLLexerCondition condition() const;
 
-    // The printed name of a token kind ("Data", "Start Tag", ...).
+    /// The printed name of a token kind ("Data", "Start Tag", ...).
     static const char* TokenName(int kind);
-    // "Tag/Data", "Aux Markup" or "Err/Lim".
+    /// "Tag/Data", "Aux Markup" or "Err/Lim".
     static const char* SinkLabel(HTMLTokenSinkId sink);
-    // Writes a batch in the diagnostic format.
+    /// Writes a batch in the diagnostic format.
     static void DumpBatch(std::FILE* out, HTMLTokenSinkId sink, const CHTMLTokenBatch& batch);
 
     struct Impl;

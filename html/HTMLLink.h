@@ -1,13 +1,14 @@
 #pragma once
 // Links of the page model (every URL found in a URL-carrying attribute) and
 // client-side image maps with the links of their areas.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/TextBuffer.h"
 #include "webstep/html/HTMLObject.h"
 
 class CHTMLMap;
 
-// What callers see of a link.
-class CHTMLLink {
+/// What callers see of a link.
+class WEBSTEP_API CHTMLLink {
 public:
     CHTMLLink() : m_followed(false), m_map(nullptr) {}
     CHTMLLink(const CHTMLLink&) = delete;
@@ -25,10 +26,10 @@ public:
     virtual bool isResource() const = 0;
     virtual bool isFollowable() const = 0;
     virtual bool isMap() const = 0;
-    // "href" and "target" of the base element in force; null without one.
+    /// "href" and "target" of the base element in force; null without one.
     virtual const char* base() const = 0;
     virtual const char* baseTarget() const = 0;
-    // The element the link belongs to (anchor, image or link object), or null.
+    /// The element the link belongs to (anchor, image or link object), or null.
     virtual CHTMLObject* getObject() const = 0;
 
 private:
@@ -36,9 +37,11 @@ private:
     CHTMLMap* m_map;
 };
 
-class CHTMLLinkImpl : public CHTMLLink {
+/// The link record the scanner builds: tag, URL attribute name, URL and
+/// flags, owned by the scanner's results.
+class WEBSTEP_API CHTMLLinkImpl : public CHTMLLink {
 public:
-    // Copies the name and the URL; base and object are not owned.
+    /// Copies the name and the URL; base and object are not owned.
     CHTMLLinkImpl(HTMLTag tag, const char* urlAttrName, const char* url, bool isResource,
                   bool isFollowable, CHTMLObjectImpl* base, CHTMLObject* object);
     ~CHTMLLinkImpl() override;
@@ -68,16 +71,16 @@ private:
     CHTMLObject* m_object;
 };
 
-// A client-side image map. It owns its implementation object (the map
-// element) but not its links, which belong to the scanner.
-class CHTMLMap : public CHTMLObject {
+/// A client-side image map. It owns its implementation object (the map
+/// element) but not its links, which belong to the scanner.
+class WEBSTEP_API CHTMLMap : public CHTMLObject {
 public:
     explicit CHTMLMap(CHTMLObjectImpl* impl);
     ~CHTMLMap() override;
 
     const char* name() const { return attr("name"); }
     int nLinks() const { return m_links.size(); }
-    // Null when out of range.
+    /// Null when out of range.
     CHTMLLink* element(int i) const;
     void addLink(CHTMLLink* link) { m_links.add(link); }
 

@@ -5,27 +5,32 @@
 //
 // The component is replaceable through a factory. The default one reports
 // that no translation exists, so the first scan stands.
+#include "webstep/foundation/Export.h"
 
-class HTMLLoader {
+/// The HTML translation component that the scanner feeds alongside its lexer;
+/// it may hand back a replacement page at the end of input. Made by the
+/// replaceable factory and owned by the scanner for one page; the default
+/// component never translates.
+class WEBSTEP_API HTMLLoader {
 public:
     virtual ~HTMLLoader();
 
     virtual void StartParse() = 0;
     virtual void ContinueParse(void* data, unsigned long length) = 0;
-    // Nonzero when a translated page is available.
+    /// Nonzero when a translated page is available.
     virtual int EndParse() = 0;
-    // Hands out the translated page; a negative status on failure. The text
-    // is given back with FreeTranslatedHTML.
+    /// Hands out the translated page; a negative status on failure. The text
+    /// is given back with FreeTranslatedHTML.
     virtual int GetTranslatedHTML(char** text, unsigned long* length, bool outer) = 0;
     virtual void FreeTranslatedHTML(char* text) = 0;
 
-    // Not called by the scanner; kept so that a translator can offer them.
+    /// Not called by the scanner; kept so that a translator can offer them.
     virtual int GetOuterHTML(char** text, unsigned long* length);
     virtual void OnChange();
 };
 
-// Reports that no translation exists.
-class CDefaultHTMLLoader : public HTMLLoader {
+/// Reports that no translation exists.
+class WEBSTEP_API CDefaultHTMLLoader : public HTMLLoader {
 public:
     void StartParse() override {}
     void ContinueParse(void*, unsigned long) override {}
@@ -34,14 +39,14 @@ public:
     void FreeTranslatedHTML(char* text) override;
 };
 
-// Makes a new translator for one page; may return null (no translator).
+/// Makes a new translator for one page; may return null (no translator).
 typedef HTMLLoader* (*HTMLLoaderFactory)();
 
-// Replaces the factory used by every scanner from then on; null restores the
-// default. Returns the factory that was in place.
-HTMLLoaderFactory SetHTMLLoaderFactory(HTMLLoaderFactory factory);
-HTMLLoaderFactory GetHTMLLoaderFactory();
-// A new translator from the current factory (the caller deletes it).
-HTMLLoader* CreateHTMLLoader();
-// The default factory: a CDefaultHTMLLoader.
-HTMLLoader* CreateDefaultHTMLLoader();
+/// Replaces the factory used by every scanner from then on; null restores the
+/// default. Returns the factory that was in place.
+WEBSTEP_API HTMLLoaderFactory SetHTMLLoaderFactory(HTMLLoaderFactory factory);
+WEBSTEP_API HTMLLoaderFactory GetHTMLLoaderFactory();
+/// A new translator from the current factory (the caller deletes it).
+WEBSTEP_API HTMLLoader* CreateHTMLLoader();
+/// The default factory: a CDefaultHTMLLoader.
+WEBSTEP_API HTMLLoader* CreateDefaultHTMLLoader();

@@ -3,44 +3,45 @@
 // a tag, its attribute list and an optional text content, and the thin
 // public wrappers that callers read it through. The model is flat: there is
 // no parent/child navigation.
+#include "webstep/foundation/Export.h"
 #include "webstep/html/HTMLAttr.h"
 #include "webstep/html/HTMLTag.h"
 
-// One element of a page: its tag, its attributes (taken over from the lexer)
-// and its text content (anchor text, text area contents...).
-class CHTMLObjectImpl {
+/// One element of a page: its tag, its attributes (taken over from the lexer)
+/// and its text content (anchor text, text area contents...).
+class WEBSTEP_API CHTMLObjectImpl {
 public:
-    // Takes ownership of attrs; a null list stands for an empty one.
+    /// Takes ownership of attrs; a null list stands for an empty one.
     CHTMLObjectImpl(HTMLTag tag, CHTMLAttrs* attrs);
     explicit CHTMLObjectImpl(HTMLTag tag);
-    // Deep copy of attributes and content.
+    /// Deep copy of attributes and content.
     CHTMLObjectImpl(const CHTMLObjectImpl& other);
     CHTMLObjectImpl& operator=(const CHTMLObjectImpl& other);
     virtual ~CHTMLObjectImpl();
 
     virtual HTMLTag tag() const { return m_tag; }
     virtual int nAttrs() const { return m_attrs->size(); }
-    // The value of the first attribute with exactly this name, an empty
-    // string when it has no value, null when absent.
+    /// The value of the first attribute with exactly this name, an empty
+    /// string when it has no value, null when absent.
     virtual const char* attr(const char* name) const;
     virtual bool getAttrByIndex(int i, CHTMLAttr& out) const;
-    // Null when i is out of range.
+    /// Null when i is out of range.
     virtual const char* getAttrNameByIndex(int i) const;
-    // An empty string for a missing value; null when i is out of range.
+    /// An empty string for a missing value; null when i is out of range.
     virtual const char* getAttrValueByIndex(int i) const;
     virtual bool isAttrValueDefined(const char* name) const;
-    // Replaces the value of the first attribute with that name; does nothing
-    // when there is none (deliberately: no attribute is created).
+    /// Replaces the value of the first attribute with that name; does nothing
+    /// when there is none (deliberately: no attribute is created).
     virtual void setAttr(const char* name, const char* value);
 
-    // Appends an attribute (used by the scanner for the attributes it adds).
+    /// Appends an attribute (used by the scanner for the attributes it adds).
     void addAttr(const char* name, const char* value);
-    // The first attribute whose name equals name ignoring ASCII case.
+    /// The first attribute whose name equals name ignoring ASCII case.
     CHTMLAttr* findAttrNoCase(const char* name) const;
 
-    // Null when none was set.
+    /// Null when none was set.
     const char* content() const { return m_content; }
-    // Stores a copy; null clears it.
+    /// Stores a copy; null clears it.
     void setContent(const char* text);
     void setContent(const char* text, unsigned length);
 
@@ -54,9 +55,9 @@ private:
     char* m_content;
 };
 
-// The public view of one page object; all calls are forwarded to the
-// implementation object. This base class does not own it.
-class CHTMLObject {
+/// The public view of one page object; all calls are forwarded to the
+/// implementation object. This base class does not own it.
+class WEBSTEP_API CHTMLObject {
 public:
     explicit CHTMLObject(CHTMLObjectImpl* impl = nullptr) : m_impl(impl) {}
     CHTMLObject(const CHTMLObject&) = delete;
@@ -66,8 +67,8 @@ public:
     CHTMLObjectImpl* GetImpl() const { return m_impl; }
     void SetImpl(CHTMLObjectImpl* impl) { m_impl = impl; }
 
-    // Without an implementation object every call answers as for an element
-    // without attributes: tag 0, no attributes, no content.
+    /// Without an implementation object every call answers as for an element
+    /// without attributes: tag 0, no attributes, no content.
     virtual HTMLTag tag() const;
     virtual int nAttrs() const;
     virtual const char* attr(const char* name) const;
@@ -82,17 +83,17 @@ protected:
     CHTMLObjectImpl* m_impl;
 };
 
-// A plain link or image object made by the scanner; owns its implementation
-// object.
-class CHTMLObjectDirect : public CHTMLObject {
+/// A plain link or image object made by the scanner; owns its implementation
+/// object.
+class WEBSTEP_API CHTMLObjectDirect : public CHTMLObject {
 public:
     explicit CHTMLObjectDirect(CHTMLObjectImpl* impl) : CHTMLObject(impl) {}
     ~CHTMLObjectDirect() override;
 };
 
-// An anchor; it knows the first image that stood inside it. The image is
-// owned by the scanner's object list, not by the anchor.
-class CHTMLAnchor : public CHTMLObjectDirect {
+/// An anchor; it knows the first image that stood inside it. The image is
+/// owned by the scanner's object list, not by the anchor.
+class WEBSTEP_API CHTMLAnchor : public CHTMLObjectDirect {
 public:
     explicit CHTMLAnchor(CHTMLObjectImpl* impl) : CHTMLObjectDirect(impl), m_image(nullptr) {}
 
@@ -105,9 +106,9 @@ private:
 
 // Small string helpers shared by the page model and the scanner.
 namespace htmlpage {
-// A malloc'ed copy; null for null.
-char* Duplicate(const char* s);
-char* Duplicate(const char* s, unsigned length);
-// ASCII case-insensitive equality; null equals only null.
-bool EqualsNoCase(const char* a, const char* b);
+/// A malloc'ed copy; null for null.
+WEBSTEP_API char* Duplicate(const char* s);
+WEBSTEP_API char* Duplicate(const char* s, unsigned length);
+/// ASCII case-insensitive equality; null equals only null.
+WEBSTEP_API bool EqualsNoCase(const char* a, const char* b);
 }  // namespace htmlpage

@@ -3,6 +3,7 @@
 // tags into page objects, the text callback that collects the text of
 // titles, anchors, text areas and menu items, and the implementation that
 // owns everything collected from one page.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/TextBuffer.h"
 #include "webstep/html/HTMLBaseParser.h"
 #include "webstep/html/HTMLForm.h"
@@ -12,9 +13,9 @@
 
 class CHTMLScannerImpl;
 
-// Collects text delivered by the lexer. With formatting on, text() gives the
-// text with white space trimmed and collapsed.
-class CHTMLScannerTextCallback : public TextCallback {
+/// Collects text delivered by the lexer. With formatting on, text() gives the
+/// text with white space trimmed and collapsed.
+class WEBSTEP_API CHTMLScannerTextCallback : public TextCallback {
 public:
     CHTMLScannerTextCallback();
     CHTMLScannerTextCallback(const CHTMLScannerTextCallback&) = delete;
@@ -25,19 +26,19 @@ public:
 
     bool format() const { return m_format; }
     void setFormat(bool format) { m_format = format; }
-    // Empties the text (the capacity stays).
+    /// Empties the text (the capacity stays).
     void reset();
-    // The raw text when formatting is off, else the formatted copy.
+    /// The raw text when formatting is off, else the formatted copy.
     const char* text();
     const char* rawText() const { return m_raw; }
     int capacity() const { return m_capacity; }
 
-    // Leading white space dropped, every inner run of white space made one
-    // space, trailing white space dropped, multi-byte characters copied
-    // whole; a lone byte 0xA0 becomes a space that is deliberately not
-    // merged with the white space around it.
+    /// Leading white space dropped, every inner run of white space made one
+    /// space, trailing white space dropped, multi-byte characters copied
+    /// whole; a lone byte 0xA0 becomes a space that is deliberately not
+    /// merged with the white space around it.
     static MString Format(const char* text);
-    // Leading and trailing white space removed (multi-byte aware).
+    /// Leading and trailing white space removed (multi-byte aware).
     static MString Trim(const char* text);
 
 private:
@@ -48,7 +49,9 @@ private:
     int m_length;
 };
 
-class CHTMLScannerTagCallback : public TagCallback {
+/// Turns start and end tags into page objects of the scanner's results.
+/// Owned by the scanner implementation.
+class WEBSTEP_API CHTMLScannerTagCallback : public TagCallback {
 public:
     CHTMLScannerTagCallback(CHTMLScannerImpl* scanner, CHTMLScannerTextCallback* text);
     CHTMLScannerTagCallback(const CHTMLScannerTagCallback&) = delete;
@@ -58,19 +61,19 @@ public:
     void onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) override;
     void onEndTag(HTMLTag tag) override;
 
-    // Forgets everything of the previous page.
+    /// Forgets everything of the previous page.
     void reset();
-    // End of input: pending text goes to its target, an open title is
-    // stored, an open menu item gets its text.
+    /// End of input: pending text goes to its target, an open title is
+    /// stored, an open menu item gets its text.
     void stopParse();
 
-    // Trims the value, drops inner white space and writes each plain space as
-    // %20. Returns a new malloc'ed string (the caller frees it).
+    /// Trims the value, drops inner white space and writes each plain space as
+    /// %20. Returns a new malloc'ed string (the caller frees it).
     static char* processURL(const char* value);
-    // Splits the content of a refresh element into its time and its URL.
+    /// Splits the content of a refresh element into its time and its URL.
     static void splitRefresh(const char* content, MString& time, MString& url);
 
-    // The object that receives the collected text (null when none).
+    /// The object that receives the collected text (null when none).
     CHTMLObjectImpl* textTarget() const { return m_textTarget; }
 
 private:
@@ -88,26 +91,28 @@ private:
     bool m_inAnchor;
 };
 
-class CHTMLScannerImpl {
+/// Everything collected from one page: forms, links, maps, base elements,
+/// title, frame state. Owned by CHTMLScanner; owns the objects it hands out.
+class WEBSTEP_API CHTMLScannerImpl {
 public:
-    // 13 rows and the terminating row.
+    /// 13 rows and the terminating row.
     static const TagSpec theTagSpec[];
 
-    // table: the link table; null takes the default one.
+    /// table: the link table; null takes the default one.
     explicit CHTMLScannerImpl(const LinkSpec* table = nullptr);
     CHTMLScannerImpl(const CHTMLScannerImpl&) = delete;
     CHTMLScannerImpl& operator=(const CHTMLScannerImpl&) = delete;
     ~CHTMLScannerImpl();
 
-    // Replaces the link table (null: the default one).
+    /// Replaces the link table (null: the default one).
     void setup(const LinkSpec* table);
     void startParse();
     void continueParse(const char* data, unsigned length);
-    // Ends the lexer's input and the tag callback's collection.
+    /// Ends the lexer's input and the tag callback's collection.
     void stopParse();
 
-    // Processing operations named by theTagSpec; each sets obj to null when
-    // it adopts it.
+    /// Processing operations named by theTagSpec; each sets obj to null when
+    /// it adopts it.
     void addForm(CHTMLObjectImpl*& obj);
     void addFormElement(CHTMLObjectImpl*& obj);
     void addMenu(CHTMLObjectImpl*& obj);
@@ -124,14 +129,14 @@ public:
     void endMenu();
     void endMenuItem();
     void endMap();
-    // Takes the text (formatted as collected) as the title.
+    /// Takes the text (formatted as collected) as the title.
     void setTitle(const char* title);
     void setFrameSet(bool start);
     void setFrame() { m_isFrame = true; }
     void startTextNotification(bool format);
     void stopTextNotification();
     void registerCallbacks();
-    // Deletes everything collected.
+    /// Deletes everything collected.
     void cleanup();
 
     const CTagMap& tagMap() const { return m_tagMap; }
@@ -164,7 +169,7 @@ public:
 
 private:
     CHTMLObjectImpl* lastBase() const;
-    // The current form, or the one on top of the form stack made current.
+    /// The current form, or the one on top of the form stack made current.
     CHTMLForm_* resolveForm();
 
     CTagMap m_tagMap;

@@ -4,25 +4,26 @@
 // attribute of which tag holds a URL, with the kind of that URL.
 #include <map>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/TextBuffer.h"
 #include "webstep/html/HTMLTag.h"
 
 class CHTMLScannerImpl;
 class CHTMLObjectImpl;
 
-// An operation of the scanner that receives the page object built for a tag;
-// it may adopt the object and set the pointer to null.
+/// An operation of the scanner that receives the page object built for a tag;
+/// it may adopt the object and set the pointer to null.
 typedef void (CHTMLScannerImpl::*ProcessTagFunc)(CHTMLObjectImpl*&);
 
-// One row of the tag table; a row with tag 0 ends a table.
-struct TagSpec {
+/// One row of the tag table; a row with tag 0 ends a table.
+struct WEBSTEP_API TagSpec {
     HTMLTag tag;
     bool pickAllAttrs;
     ProcessTagFunc processTagFunc;
 };
 
-// One row of a link table; a row with tag 0 ends a table.
-struct LinkSpec {
+/// One row of a link table; a row with tag 0 ends a table.
+struct WEBSTEP_API LinkSpec {
     HTMLTag tag;
     const char* attribute;  // lower case
     bool isResource;
@@ -30,8 +31,8 @@ struct LinkSpec {
     bool hasObject;
 };
 
-// The URL-carrying attributes of one tag.
-class CLinkMapInfo {
+/// The URL-carrying attributes of one tag.
+class WEBSTEP_API CLinkMapInfo {
 public:
     class Attr {
     public:
@@ -61,12 +62,12 @@ public:
 
     HTMLTag tag() const { return m_tag; }
     int size() const { return m_attributes.size(); }
-    // Index of the first attribute with exactly this name; -1 when absent.
+    /// Index of the first attribute with exactly this name; -1 when absent.
     int find(const char* name) const;
-    // Appends the row's attribute, or replaces the flags of the attribute
-    // already there (its name stays the first one's).
+    /// Appends the row's attribute, or replaces the flags of the attribute
+    /// already there (its name stays the first one's).
     void setSpec(const LinkSpec& entry);
-    // false when i is out of range.
+    /// false when i is out of range.
     bool getAt(unsigned i, LinkSpec& out) const;
 
 private:
@@ -76,8 +77,8 @@ private:
     ArrayOfPointers<Attr> m_attributes;
 };
 
-// What the map knows about one tag.
-class CTagMapInfo {
+/// What the map knows about one tag.
+class WEBSTEP_API CTagMapInfo {
 public:
     CTagMapInfo(const TagSpec& entry, const CLinkMapInfo* links);
     explicit CTagMapInfo(const LinkSpec& entry);
@@ -90,7 +91,7 @@ public:
     CLinkMapInfo* linkInfo() const { return m_linkInfo; }
     bool pickAllAttrs() const { return m_pickAllAttrs; }
     ProcessTagFunc processTagFunc() const { return m_processTagFunc; }
-    // Takes ownership and deletes the link information held before.
+    /// Takes ownership and deletes the link information held before.
     void setLinkInfo(CLinkMapInfo* info);
     void setProcessing(const TagSpec& entry);
     bool isLinkAttr(const char* name, unsigned& index) const;
@@ -104,11 +105,11 @@ private:
 
 class CTagMapIterator;
 
-// Tags in ascending number, each with its owned information.
-class CTagMap {
+/// Tags in ascending number, each with its owned information.
+class WEBSTEP_API CTagMap {
 public:
     CTagMap();
-    // addTag for every row up to the terminating row.
+    /// addTag for every row up to the terminating row.
     explicit CTagMap(const TagSpec* table);
     CTagMap(const CTagMap& other);
     CTagMap& operator=(const CTagMap& other);
@@ -116,7 +117,7 @@ public:
 
     void addTag(const TagSpec& entry);
     void addLink(const LinkSpec& entry);
-    // addLink for every row up to the terminating row.
+    /// addLink for every row up to the terminating row.
     void addLinks(const LinkSpec* table);
     bool getInfo(HTMLTag tag, CTagMapInfo*& out) const;
     void removeAllLinks();
@@ -132,7 +133,8 @@ private:
     Map m_map;
 };
 
-class CTagMapIterator {
+/// Walks the entries of a tag map; compares equal to 0 at the end.
+class WEBSTEP_API CTagMapIterator {
 public:
     CTagMapIterator();
     explicit CTagMapIterator(const CTagMap* map);
@@ -145,7 +147,7 @@ public:
 
     bool operator==(const CTagMapIterator& other) const;
     bool operator!=(const CTagMapIterator& other) const { return !(*this == other); }
-    // Only 0 compares: equal when the iterator is at the end.
+    /// Only 0 compares: equal when the iterator is at the end.
     bool operator==(int n) const;
     bool operator!=(int n) const { return !(*this == n); }
 

@@ -42,6 +42,7 @@
 #include <list>
 #include <vector>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 
 enum class EScriptArgumentKind {
@@ -50,17 +51,19 @@ enum class EScriptArgumentKind {
     Expression,  // not a literal: handed over as its source text
 };
 
-struct ScriptArgument {
+/// One argument of a step call: a decoded literal, a marker keyword (LAST,
+/// ITEMDATA, ...) or the source text of anything else, with its position.
+struct WEBSTEP_API ScriptArgument {
     EScriptArgumentKind kind = EScriptArgumentKind::Literal;
-    // Decoded bytes of a literal, the keyword of a marker, the source text of
-    // an expression.
+    /// Decoded bytes of a literal, the keyword of a marker, the source text of
+    /// an expression.
     MString value;
-    // Position of the argument's first character.
+    /// Position of the argument's first character.
     unsigned int line = 0;
     unsigned int column = 0;
-    // Position of the first literal of the argument that follows another
-    // literal, where both look like an attribute ("Name=Value"): usually a
-    // missing comma that merged two attributes into one. 0 when none.
+    /// Position of the first literal of the argument that follows another
+    /// literal, where both look like an attribute ("Name=Value"): usually a
+    /// missing comma that merged two attributes into one. 0 when none.
     unsigned int mergedLine = 0;
     unsigned int mergedColumn = 0;
 
@@ -77,21 +80,23 @@ enum class EScriptCallKind {
     ThinkTime,         // qz_think_time
 };
 
-struct ScriptCall {
+/// One call found in a C text: kind, function name, position and arguments.
+/// GetArgumentList gives the texts in the form the step parsers take.
+struct WEBSTEP_API ScriptCall {
     EScriptCallKind kind = EScriptCallKind::Step;
     MString function;
-    // 1-based line and column (in bytes, a byte order mark not counted) of the
-    // function name, and its byte offset in the text.
+    /// 1-based line and column (in bytes, a byte order mark not counted) of the
+    /// function name, and its byte offset in the text.
     unsigned int line = 0;
     unsigned int column = 0;
     size_t offset = 0;
     std::vector<ScriptArgument> arguments;
-    // The call's value is used: assigned, compared, tested, returned or
-    // passed on (the name follows an operator, "(", "," or "return").
+    /// The call's value is used: assigned, compared, tested, returned or
+    /// passed on (the name follows an operator, "(", "," or "return").
     bool returnValueUsed = false;
 
-    // The argument texts in order, the form CWebStepParse::ParseArguments
-    // takes.
+    /// The argument texts in order, the form CWebStepParse::ParseArguments
+    /// takes.
     std::list<MString> GetArgumentList() const;
     bool HasOpaqueArguments() const;
 };
@@ -109,22 +114,26 @@ enum class EScriptDiagnostic {
     ReadFailed,             // the file could not be read
 };
 
-struct ScriptDiagnostic {
+/// A problem the reader met in a C text (an open literal, a call not closed,
+/// ...), an error or a warning, with its position and an English message.
+struct WEBSTEP_API ScriptDiagnostic {
     EScriptDiagnostic code = EScriptDiagnostic::ReadFailed;
-    // Errors make a call or a piece of text unreadable; the rest are warnings.
+    /// Errors make a call or a piece of text unreadable; the rest are warnings.
     bool error = true;
-    // Where the problem was found.
+    /// Where the problem was found.
     unsigned int line = 0;
     unsigned int column = 0;
-    // The call concerned (empty, and 0, when none).
+    /// The call concerned (empty, and 0, when none).
     MString function;
     unsigned int callLine = 0;
     unsigned int callColumn = 0;
-    // An English description.
+    /// An English description.
     MString message;
 };
 
-struct ScriptReadResult {
+/// What reading a C text gives: the calls in text order and the
+/// diagnostics. A value type.
+struct WEBSTEP_API ScriptReadResult {
     std::vector<ScriptCall> calls;
     std::vector<ScriptDiagnostic> diagnostics;
     bool hasByteOrderMark = false;
@@ -136,32 +145,37 @@ struct ScriptReadResult {
     void Clear();
 };
 
-class CScriptReader {
+/// Finds the step calls of a C action file or text and hands out each call's
+/// arguments as the step parsers receive them. Broken C never stops the
+/// reading: problems become diagnostics of the result. ReadFile returns
+/// false (with a ReadFailed diagnostic) when the file cannot be read; Read
+/// always returns true.
+class WEBSTEP_API CScriptReader {
 public:
     using FunctionTest = std::function<bool(const MString& name)>;
 
-    // Step functions are the names of the step parser registry.
+    /// Step functions are the names of the step parser registry.
     CScriptReader();
-    // Step functions are the names for which the test answers true (other
-    // web_ names are still reported, as unknown functions).
+    /// Step functions are the names for which the test answers true (other
+    /// web_ names are still reported, as unknown functions).
     explicit CScriptReader(FunctionTest isStepFunction);
 
-    // Reads a text; the result is cleared first. Literals are decoded, and
-    // their multi-byte characters recognised, in the process code page.
-    // Returns true; problems are in the result's diagnostics.
+    /// Reads a text; the result is cleared first. Literals are decoded, and
+    /// their multi-byte characters recognised, in the process code page.
+    /// Returns true; problems are in the result's diagnostics.
     bool Read(const char* data, size_t size, ScriptReadResult& result) const;
     bool Read(const MString& text, ScriptReadResult& result) const;
-    // Reads a file; false (with a ReadFailed diagnostic) when it cannot be
-    // read.
+    /// Reads a file; false (with a ReadFailed diagnostic) when it cannot be
+    /// read.
     bool ReadFile(const char* path, ScriptReadResult& result) const;
 
-    // Whether the name is one of the step parser registry's function names.
+    /// Whether the name is one of the step parser registry's function names.
     static bool IsRegisteredStepFunction(const MString& name);
-    // Those names, in registration order.
+    /// Those names, in registration order.
     static std::vector<MString> GetStepFunctionNames();
-    // Whether the bare identifier is one of the argument-list markers.
+    /// Whether the bare identifier is one of the argument-list markers.
     static bool IsMarker(const char* text, size_t length);
-    // "text"-like names of the kinds, for messages and JSON.
+    /// "text"-like names of the kinds, for messages and JSON.
     static const char* GetCallKindName(EScriptCallKind kind);
     static const char* GetArgumentKindName(EScriptArgumentKind kind);
     static const char* GetDiagnosticName(EScriptDiagnostic code);

@@ -4,11 +4,12 @@
 // with WPF_CREATE_STEP, creates the step object of its function.
 #include <vector>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/script/WebStepParse.h"
 
 // Declares a parser class: its factory and its parse.
 #define WEBSTEP_DECLARE_PARSER(Parser)                          \
-    class Parser : public CWebStepParse {                       \
+    class WEBSTEP_API Parser : public CWebStepParse {           \
     public:                                                     \
         /* The factory registered under the function's name. */ \
         static void* CreateObject() { return new Parser; }      \
@@ -76,9 +77,9 @@ WEBSTEP_DECLARE_PARSER(CWebParseSilverlightCustomRequest)  // "silverlight_web_r
 /// argument). Like every parser it records a failure as an error code with
 /// details and returns false; with WPF_CREATE_STEP the new step goes to the
 /// current-step slot, owned by whoever takes it from there.
-class CWebParseExtended : public CWebStepParse {
+class WEBSTEP_API CWebParseExtended : public CWebStepParse {
 public:
-    // How an attribute's value is checked.
+    /// How an attribute's value is checked.
     enum ExtendedValue {
         EV_TEXT,      // any text
         EV_UNSIGNED,  // an unsigned decimal number (1006)
@@ -90,7 +91,7 @@ public:
         EV_BOUNDARY,  // a boundary: options after the name ("LB/IC/BIN", 1002)
         EV_URL,       // a URL: options "RE" and "IC" after the name (1002)
     };
-    // Whether an attribute must be given.
+    /// Whether an attribute must be given.
     enum ExtendedNeed {
         EN_OPTIONAL,
         EN_PRESENT,  // absent: 1000 with "text" and the name
@@ -102,7 +103,7 @@ public:
         ExtendedNeed need;
         const CWebStepScript::AttrTableEntry* table;  // for EV_TABLE
     };
-    // Sections a call may hold after its attributes.
+    /// Sections a call may hold after its attributes.
     enum ExtendedSection : unsigned int {
         ES_SEARCH_FILTERS = 1,  // SEARCH_FILTERS, then filter attributes
         ES_HEADERS = 2,         // HEADERS, then "Name="/"Value=" closed by ENDHEADER
@@ -113,16 +114,16 @@ public:
         const char* function;
         LeadingArgument leading;
         const ExtendedAttribute* attributes;  // closed by a row with a null name
-        // Names outside the list: refused with 1001 unless the list is open,
-        // or the name ends with openSuffix (callback names ending in "CB").
+        /// Names outside the list: refused with 1001 unless the list is open,
+        /// or the name ends with openSuffix (callback names ending in "CB").
         bool open;
         const char* openSuffix;
         unsigned int sections;
-        // Exactly one of these names is required (null when none): none
-        // gives 1000 naming them all, a second 1003.
+        /// Exactly one of these names is required (null when none): none
+        /// gives 1000 naming them all, a second 1003.
         const char* const* oneOf;
     };
-    // What a call held, as written.
+    /// What a call held, as written.
     struct ExtendedCall {
         MString leading;  // the parameter name of LA_PARAMETER_NAME
         CAttributeSet attributes;
@@ -138,12 +139,12 @@ public:
     };
 
 protected:
-    // Reads and checks a call by its grammar: the argument count, the leading
-    // argument, the attribute run, the sections up to "LAST" (or the array's
-    // end), then every value, the required attributes and the filters.
+    /// Reads and checks a call by its grammar: the argument count, the leading
+    /// argument, the attribute run, the sections up to "LAST" (or the array's
+    /// end), then every value, the required attributes and the filters.
     bool ReadExtendedCall(const ExtendedGrammar& grammar, ExtendedCall& call);
-    // The step to fill: a new one with WPF_CREATE_STEP, else the caller's
-    // step when it has the class, else null.
+    /// The step to fill: a new one with WPF_CREATE_STEP, else the caller's
+    /// step when it has the class, else null.
     template <class Step>
     Step* ExtendedStep() {
         if (GetFlags() & WPF_CREATE_STEP) {
@@ -153,8 +154,8 @@ protected:
         }
         return GetDataStep() ? dynamic_cast<Step*>(GetDataStep()) : nullptr;
     }
-    // Copies the attributes as written into the step's set; boundary and URL
-    // names lose their options (kept as flags), so "LB/IC" is stored as "LB".
+    /// Copies the attributes as written into the step's set; boundary and URL
+    /// names lose their options (kept as flags), so "LB/IC" is stored as "LB".
     void CopyExtendedAttributes(const ExtendedGrammar& grammar, const CAttributeSet& from,
                                 CAttributeSet& to);
 
@@ -167,7 +168,7 @@ private:
 };
 
 #define WEBSTEP_DECLARE_EXTENDED_PARSER(Parser)                 \
-    class Parser : public CWebParseExtended {                   \
+    class WEBSTEP_API Parser : public CWebParseExtended {       \
     public:                                                     \
         /* The factory registered under the function's name. */ \
         static void* CreateObject() { return new Parser; }      \

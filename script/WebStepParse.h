@@ -8,6 +8,7 @@
 #include <deque>
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/foundation/PropertyBag.h"
 #include "webstep/script/ObjectRepository.h"
@@ -24,11 +25,11 @@ class CWebStepCustomRequest;
 
 enum WebParserFlags : uint32_t {
     WPF_NONE = 0,
-    // Allocate a new step object of the parser's class in the current-step slot.
+    /// Allocate a new step object of the parser's class in the current-step slot.
     WPF_CREATE_STEP = 1,
-    // The argument list has no leading step name.
+    /// The argument list has no leading step name.
     WPF_NO_STEP_NAME = 2,
-    // Each fetched argument is duplicated into storage the parser owns.
+    /// Each fetched argument is duplicated into storage the parser owns.
     WPF_COPY_ARGUMENTS = 4,
 };
 
@@ -39,38 +40,43 @@ inline WebParserFlags operator&(WebParserFlags a, WebParserFlags b) {
     return static_cast<WebParserFlags>(static_cast<uint32_t>(a) & static_cast<uint32_t>(b));
 }
 
-class CWebStepParse : public CWebStepBase, public CWebStepScript {
+/// Base of the step parsers: one parser per script function, made by the
+/// repository that UpdateRepository fills, owned by the caller.
+/// ParseArguments returns false on a wrong call and records the error code
+/// (1000 to 1015) with its details on the step base; nothing is thrown. The
+/// step object it builds belongs to whoever takes it with GetDataStep.
+class WEBSTEP_API CWebStepParse : public CWebStepBase, public CWebStepScript {
 public:
     CWebStepParse();
     CWebStepParse(const CWebStepParse& other);
     CWebStepParse& operator=(const CWebStepParse& other);
     virtual ~CWebStepParse();
 
-    // Registers the parser factory of every script function name.
+    /// Registers the parser factory of every script function name.
     static void UpdateRepository(CObjectRepository& repository);
-    // Registers the parsers of the functions that current script versions
-    // call beyond those (web_reg_save_param_ex, web_rest, web_js_run, ...);
-    // a caller that wants both sets calls both.
+    /// Registers the parsers of the functions that current script versions
+    /// call beyond those (web_reg_save_param_ex, web_rest, web_js_run, ...);
+    /// a caller that wants both sets calls both.
     static void UpdateRepositoryExtended(CObjectRepository& repository);
-    // The function names UpdateRepositoryExtended registers, in its order.
+    /// The function names UpdateRepositoryExtended registers, in its order.
     static const char* const* GetExtendedFunctionNames();
 
-    // Array mode: count elements, read from index 0.
+    /// Array mode: count elements, read from index 0.
     bool ParseArguments(unsigned int count, const char** args, WebParserFlags flags);
-    // Variable-argument mode: a list of const char* with no count; it must be
-    // closed by a terminator ("LAST"), or it is read past its end.
+    /// Variable-argument mode: a list of const char* with no count; it must be
+    /// closed by a terminator ("LAST"), or it is read past its end.
     bool ParseArguments(va_list args, WebParserFlags flags);
-    // Convenience form of the variable-argument mode: the const char*
-    // arguments follow the flags and must end with a terminator.
+    /// Convenience form of the variable-argument mode: the const char*
+    /// arguments follow the flags and must end with a terminator.
     bool ParseArgumentList(WebParserFlags flags, ...);
-    // The list's texts in order, then as the array form.
+    /// The list's texts in order, then as the array form.
     bool ParseArguments(const std::list<MString>& args, WebParserFlags flags);
 
 protected:
     virtual bool __ParseArguments() = 0;
 
-    // The layout of a function's argument list, for the frame that every
-    // parser applies before its own reading.
+    /// The layout of a function's argument list, for the frame that every
+    /// parser applies before its own reading.
     enum ArgumentShape {
         AS_NONE,           // no arguments: any argument records 1010
         AS_FIXED,          // exactly the count: fewer record 1008, more 1010
@@ -89,25 +95,25 @@ protected:
         unsigned int count;
         LeadingArgument leading;
     };
-    // Argument-count check (array mode only), leading argument, and the walk
-    // over the remaining arguments: up to a terminator or the array's end for
-    // attribute lists, the fixed number of values otherwise. Records 1008,
-    // 1009 or 1010 and fails on a wrong count.
+    /// Argument-count check (array mode only), leading argument, and the walk
+    /// over the remaining arguments: up to a terminator or the array's end for
+    /// attribute lists, the fixed number of values otherwise. Records 1008,
+    /// 1009 or 1010 and fails on a wrong count.
     bool ApplyFrame(const FrameRule& rule);
 
-    // The next argument, or null when an array is exhausted. Variable-argument
-    // lists have no end test.
+    /// The next argument, or null when an array is exhausted. Variable-argument
+    /// lists have no end test.
     const char* GetNextArgument();
     WebParserFlags GetFlags() const { return m_Flags; }
     bool IsArrayMode() const { return m_bArrayMode; }
-    // Number of array elements (0 in variable-argument mode).
+    /// Number of array elements (0 in variable-argument mode).
     unsigned int GetArgumentCount() const { return m_nArgCount; }
-    // Index of the next array element (0 in variable-argument mode).
+    /// Index of the next array element (0 in variable-argument mode).
     unsigned int GetArgumentIndex() const { return m_bArrayMode ? m_nArgIndex : 0; }
 
     static bool IsTerminator(const MString& argument, const char** terminators, int* index);
 
-    // Argument primitives.
+    /// Argument primitives.
     bool IsParameter(const MString& text);
     bool IsBodyVariable(const MString& text);
     bool ParseAttribute(const MString& argument, MString& name, MString& value);
@@ -125,62 +131,62 @@ protected:
                                  int* terminatorIndex, bool allowDuplicate);
     bool BuildFreeText(std::list<MString>& texts, const char** terminators, int* terminatorIndex);
 
-    // Field lists to data sets.
+    /// Field lists to data sets.
     bool BuildDataSetFromFieldList(CDataSet& dataSet, const char** terminators,
                                    int* terminatorIndex);
     bool BuildResourceDataSetFromFieldList(CResourceElements& resources, const char** terminators,
                                            int* terminatorIndex);
 
-    // Readers of the navigation and custom-request steps.
-    // Which of the three custom-request functions is parsed: it picks the
-    // step class that is built. Any other value builds the plain request.
+    /// Readers of the navigation and custom-request steps.
+    /// Which of the three custom-request functions is parsed: it picks the
+    /// step class that is built. Any other value builds the plain request.
     enum ProtocolIdentifierType {
         PROTOCOL_HTTP = 0,         // "web_custom_request"
         PROTOCOL_FLEX = 1,         // "flex_web_request"
         PROTOCOL_SILVERLIGHT = 2,  // "silverlight_web_request"
     };
-    // Copies TargetFrame, RecContentType, Resource, Snapshot, Referer,
-    // UserAgent, Mode and ResourceByteLimit; false (1004) on a bad Resource.
+    /// Copies TargetFrame, RecContentType, Resource, Snapshot, Referer,
+    /// UserAgent, Mode and ResourceByteLimit; false (1004) on a bad Resource.
     bool GetContextlessAttributes(const CAttributeSet& attributes, CWebContextlessStep& step);
-    // The grammar shared by the three custom-request functions; step is the
-    // object to fill when the caller placed one (null otherwise).
+    /// The grammar shared by the three custom-request functions; step is the
+    /// object to fill when the caller placed one (null otherwise).
     bool ParseCustomRequestFunction(CWebStepCustomRequest* step, ProtocolIdentifierType protocol);
-    // Empty array (1009), step name, then the attribute run up to one of the
-    // terminators; the index of the terminator found (-1 when none).
+    /// Empty array (1009), step name, then the attribute run up to one of the
+    /// terminators; the index of the terminator found (-1 when none).
     bool ReadStepStart(CAttributeSet& attributes, const char** terminators, int* terminatorIndex,
                        bool allowDuplicate);
-    // The resource items after "EXTRARES", up to "LAST"; a failure names the
-    // resource table as its context.
+    /// The resource items after "EXTRARES", up to "LAST"; a failure names the
+    /// resource table as its context.
     bool ReadExtraResources(CResourceElements& resources, int* terminatorIndex);
 
-    // Readers of the correlation, verification and service steps.
-    // Options written after a boundary name ("LB/IC/BIN"): each segment is a
-    // prefix of an option name, resolved in table order; 1002 ("text", the
-    // whole name) on an empty or unknown segment.
+    /// Readers of the correlation, verification and service steps.
+    /// Options written after a boundary name ("LB/IC/BIN"): each segment is a
+    /// prefix of an option name, resolved in table order; 1002 ("text", the
+    /// whole name) on an empty or unknown segment.
     bool ParseParamBoundary(const MString& attributeName, RegSaveParamFlags& flags);
-    // The same grammar for a find text; the error carries the given label.
+    /// The same grammar for a find text; the error carries the given label.
     bool ParseFindText(const MString& label, const MString& attributeName, RegFindFlags& flags);
-    // The same grammar with "IC" and "BIN" only.
+    /// The same grammar with "IC" and "BIN" only.
     bool ParseGlobalVerificationText(const MString& label, const MString& attributeName,
                                      GlobalVerificationFlags& flags);
-    // Frame, Expect, MatchCase, Repeat, onfailure and Report of a check step,
-    // starting from the defaults; false with 1003 or 1005 on a bad value.
+    /// Frame, Expect, MatchCase, Repeat, onfailure and Report of a check step,
+    /// starting from the defaults; false with 1003 or 1005 on a bad value.
     bool GetCheckAttributes(const CAttributeSet& attributes, MString& frame, bool& expectFound,
                             bool& matchCase, bool& repeat, bool& abortOnFailure,
                             CWebCheckStep::ReportOption& report);
-    // "what"/"type" items closed by "ENDITEM" up to a terminator; records no
-    // error of its own.
+    /// "what"/"type" items closed by "ENDITEM" up to a terminator; records no
+    /// error of its own.
     bool BuildDataSetFromFindFields(CDataSet& dataSet, const char** terminators,
                                     int* terminatorIndex);
-    // The reader shared by the pause and resume forms of the global
-    // verification: "ID=..." attributes up to "LAST", each adding one
-    // identifier to the step when there is one.
+    /// The reader shared by the pause and resume forms of the global
+    /// verification: "ID=..." attributes up to "LAST", each adding one
+    /// identifier to the step when there is one.
     bool ReadGlobalVerificationIDs(CWebStepGlobalVerificationPauseResumeBase* step);
 
 private:
     bool Run(WebParserFlags flags);
 
-    // The argument cursor.
+    /// The argument cursor.
     bool m_bArrayMode;
     va_list* m_pArgList;  // valid only while a variable-argument parse runs
     const char** m_ppArgs;
@@ -188,7 +194,7 @@ private:
     uint32_t m_nArgCount;
     WebParserFlags m_Flags;
     bool m_bCopyArguments;
-    // Duplicated arguments of the running parse (stable addresses), freed
-    // when the parse ends.
+    /// Duplicated arguments of the running parse (stable addresses), freed
+    /// when the parse ends.
     std::deque<MString> m_CopiedArguments;
 };

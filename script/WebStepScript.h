@@ -4,12 +4,16 @@
 // a quoted script token. Every parser compares against these constants only.
 #include <cstdint>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepWithAttributes.h"
 
-class CWebStepScript {
+/// The script vocabulary: keyword texts, value tables, defaults, parameter
+/// braces and terminators, all exported static data, and SetTokenValue,
+/// which decodes a C string literal. Stateless: copies carry nothing.
+class WEBSTEP_API CWebStepScript {
 public:
-    // One row of an enumerated-value table; a table ends with a null name.
+    /// One row of an enumerated-value table; a table ends with a null name.
     struct AttrTableEntry {
         const char* name;
         int32_t value;
@@ -119,14 +123,14 @@ public:
     static const bool bDefaultMatchCase;
     static const bool bDefaultRepeat;
     static const bool bDefaultAbort;
-    // "always".
+    /// "always".
     static const CWebCheckStep::ReportOption DefaultReport;
 
-    // Null-terminated; its one entry is KeyWord_LastItem. Filled during static
-    // initialisation because it copies that constant's pointer.
+    /// Null-terminated; its one entry is KeyWord_LastItem. Filled during static
+    /// initialisation because it copies that constant's pointer.
     static const char* DefaultTerminators[2];
 
-    // Decodes a script string token (optionally in double quotes) into bytes.
+    /// Decodes a script string token (optionally in double quotes) into bytes.
     static void SetTokenValue(const char* token, MString& value);
 
     CWebStepScript& operator=(const CWebStepScript&) { return *this; }

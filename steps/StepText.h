@@ -5,8 +5,8 @@
 
 namespace webstep::steps {
 
-// Copies a C string into a member; a null pointer stores the empty text
-// rather than failing.
+/// Copies a C string into a member; a null pointer stores the empty text
+/// rather than failing.
 inline void AssignText(MString& target, const char* text) {
     if (text != nullptr) {
         target = text;
@@ -15,9 +15,9 @@ inline void AssignText(MString& target, const char* text) {
     }
 }
 
-// The attribute name base followed by the option suffix of every bit set in
-// flags, lowest bit first: 1 "/IC", 2 "/BIN", 4 "/DIG", 8 "/ALNUMIC",
-// 16 "/ALNUMLC", 32 "/ALNUMUC". Bits outside validBits are ignored.
+/// The attribute name base followed by the option suffix of every bit set in
+/// flags, lowest bit first: 1 "/IC", 2 "/BIN", 4 "/DIG", 8 "/ALNUMIC",
+/// 16 "/ALNUMLC", 32 "/ALNUMUC". Bits outside validBits are ignored.
 inline MString AttributeNameWithFlags(const char* base, unsigned int flags,
                                       unsigned int validBits) {
     static const char* const kSuffixes[] = {"/IC",      "/BIN",     "/DIG",

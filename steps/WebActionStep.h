@@ -2,15 +2,16 @@
 // Steps that load a page or a resource: the action step with its snapshot and
 // extra resources, the request that does not depend on the current page, and
 // the navigation that is resolved against it.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/foundation/PropertyBag.h"
 #include "webstep/forms/Resource.h"
 #include "webstep/steps/WebStepData.h"
 
-// A copy shares the extra resources with its source (the resource list copies
-// pointers); the owner of one of the two drops its references with
-// GetOutOfContextResources().ClearResourceReferences() before it is destroyed.
-class CWebActionStep : public CWebStepData {
+/// A copy shares the extra resources with its source (the resource list copies
+/// pointers); the owner of one of the two drops its references with
+/// GetOutOfContextResources().ClearResourceReferences() before it is destroyed.
+class WEBSTEP_API CWebActionStep : public CWebStepData {
 public:
     CWebActionStep();
     CWebActionStep(const MString& snapshot, const CResourceElements& resources);
@@ -28,10 +29,15 @@ private:
     CResourceElements m_OutOfContextResources;
 };
 
-class CWebContextlessStep : public CWebActionStep {
+/// A request stated in full, independent of the current page (web_url,
+/// web_submit_data, web_custom_request): target frame, content type,
+/// resource flag, snapshot, referer, user agent, mode and byte limit, plus
+/// the extra resources (EXTRARES), which it owns; copies share them (see
+/// CDataSet).
+class WEBSTEP_API CWebContextlessStep : public CWebActionStep {
 public:
     CWebContextlessStep();
-    // User agent and resource byte limit stay empty.
+    /// User agent and resource byte limit stay empty.
     CWebContextlessStep(const MString& targetFrame, const MString& contentType, bool resource,
                         const MString& referer, const MString& mode, bool outOfBrowser);
     CWebContextlessStep(const CWebContextlessStep& other);
@@ -52,7 +58,7 @@ public:
     void SetIsOutOfBrowserStep(bool outOfBrowser) { m_OutOfBrowser = outOfBrowser; }
     const MString& GetUserAgent() const { return m_UserAgent; }
     void SetUserAgent(const char* text);
-    // Kept as written so that a parameter reference survives.
+    /// Kept as written so that a parameter reference survives.
     const MString& GetResourceByteLimit() const { return m_ResourceByteLimit; }
     void SetResourceByteLimit(const char* text);
 
@@ -67,9 +73,9 @@ private:
     MString m_ResourceByteLimit;
 };
 
-// Holds its own attribute set (the description of the page element to act
-// on), separately from the CWebStepWithAttributes branch.
-class CWebContextStep : public CWebActionStep {
+/// Holds its own attribute set (the description of the page element to act
+/// on), separately from the CWebStepWithAttributes branch.
+class WEBSTEP_API CWebContextStep : public CWebActionStep {
 public:
     CWebContextStep();
     explicit CWebContextStep(const CAttributeSet& attributes);

@@ -1,9 +1,11 @@
 #pragma once
 // Cookies: added, added on a matching response, inserted, removed and cleared.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepData.h"
 
-class CWebStepAddCookie : public CWebStepData {
+/// web_add_cookie: a cookie added to the virtual user's cookies.
+class WEBSTEP_API CWebStepAddCookie : public CWebStepData {
 public:
     CWebStepAddCookie();
     CWebStepAddCookie(const CWebStepAddCookie& other);
@@ -17,7 +19,8 @@ private:
     MString m_Cookie;
 };
 
-class CWebStepRegAddCookie : public CWebStepAddCookie {
+/// web_reg_add_cookie: a cookie added when a later response matches.
+class WEBSTEP_API CWebStepRegAddCookie : public CWebStepAddCookie {
 public:
     CWebStepRegAddCookie();
     CWebStepRegAddCookie(const CWebStepRegAddCookie& other);
@@ -31,7 +34,8 @@ private:
     MString m_TextToFind;
 };
 
-class CWebStepAddCookieEx : public CWebStepAddCookie {
+/// web_add_cookie_ex: a cookie added with extra options.
+class WEBSTEP_API CWebStepAddCookieEx : public CWebStepAddCookie {
 public:
     CWebStepAddCookieEx();
     CWebStepAddCookieEx(const CWebStepAddCookieEx& other);
@@ -45,7 +49,8 @@ private:
     MString m_InsertAt;
 };
 
-class CWebStepRemoveCookie : public CWebStepData {
+/// web_remove_cookie: a cookie removed.
+class WEBSTEP_API CWebStepRemoveCookie : public CWebStepData {
 public:
     CWebStepRemoveCookie();
     CWebStepRemoveCookie(const CWebStepRemoveCookie& other);
@@ -59,7 +64,8 @@ private:
     MString m_Cookie;
 };
 
-class CWebStepCleanupCookies : public CWebStepData {
+/// web_cleanup_cookies: every cookie of the virtual user removed.
+class WEBSTEP_API CWebStepCleanupCookies : public CWebStepData {
 public:
     CWebStepCleanupCookies();
     CWebStepCleanupCookies(const CWebStepCleanupCookies& other);

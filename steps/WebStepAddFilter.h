@@ -2,6 +2,7 @@
 // Request filters: which requests a step (web_add_filter) or every later
 // step (web_add_auto_filter) sends, and the end of an automatic filter
 // (web_remove_auto_filter).
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepWithAttributes.h"
@@ -10,7 +11,7 @@
 /// call gives ("Url", "UrlPrefix", "Host", "Path", "Port", "Scheme" or
 /// "Query"), whose name and value are also kept as fields. Getters of
 /// attribute-backed fields share one scratch string.
-class CWebStepAddFilter : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepAddFilter : public CWebStepWithAttributes {
 public:
     CWebStepAddFilter() = default;
     CWebStepAddFilter(const CWebStepAddFilter& other) = default;
@@ -31,7 +32,7 @@ private:
 };
 
 /// web_add_auto_filter: the same fields, for every later step.
-class CWebStepAddAutoFilter : public CWebStepAddFilter {
+class WEBSTEP_API CWebStepAddAutoFilter : public CWebStepAddFilter {
 public:
     CWebStepAddAutoFilter() = default;
     CWebStepAddAutoFilter(const CWebStepAddAutoFilter& other) = default;
@@ -40,7 +41,7 @@ public:
 };
 
 /// web_remove_auto_filter: the same fields, naming the filter to remove.
-class CWebStepRemoveAutoFilter : public CWebStepAddFilter {
+class WEBSTEP_API CWebStepRemoveAutoFilter : public CWebStepAddFilter {
 public:
     CWebStepRemoveAutoFilter() = default;
     CWebStepRemoveAutoFilter(const CWebStepRemoveAutoFilter& other) = default;

@@ -1,9 +1,11 @@
 #pragma once
 // Request headers: added once, added to every request, reverted and removed.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepData.h"
 
-class CWebStepAddHeader : public CWebStepData {
+/// web_add_header: a header added to the next request.
+class WEBSTEP_API CWebStepAddHeader : public CWebStepData {
 public:
     CWebStepAddHeader();
     CWebStepAddHeader(const CWebStepAddHeader& other);
@@ -20,7 +22,8 @@ private:
     MString m_Value;
 };
 
-class CWebStepAddAutoHeader : public CWebStepAddHeader {
+/// web_add_auto_header: a header added to every following request.
+class WEBSTEP_API CWebStepAddAutoHeader : public CWebStepAddHeader {
 public:
     CWebStepAddAutoHeader();
     CWebStepAddAutoHeader(const CWebStepAddAutoHeader& other);
@@ -28,7 +31,8 @@ public:
     ~CWebStepAddAutoHeader() override;
 };
 
-class CWebStepRevertAutoHeader : public CWebStepData {
+/// web_revert_auto_header: an automatic header no longer sent.
+class WEBSTEP_API CWebStepRevertAutoHeader : public CWebStepData {
 public:
     CWebStepRevertAutoHeader();
     CWebStepRevertAutoHeader(const CWebStepRevertAutoHeader& other);
@@ -42,7 +46,8 @@ private:
     MString m_Header;
 };
 
-class CWebStepRemoveAutoHeader : public CWebStepRevertAutoHeader {
+/// web_remove_auto_header: an automatic header removed.
+class WEBSTEP_API CWebStepRemoveAutoHeader : public CWebStepRevertAutoHeader {
 public:
     CWebStepRemoveAutoHeader();
     CWebStepRemoveAutoHeader(const CWebStepRemoveAutoHeader& other);
@@ -56,7 +61,8 @@ private:
     MString m_ImplicitGeneration;
 };
 
-class CWebStepCleanupAutoHeaders : public CWebStepData {
+/// web_cleanup_auto_headers: every automatic header removed.
+class WEBSTEP_API CWebStepCleanupAutoHeaders : public CWebStepData {
 public:
     CWebStepCleanupAutoHeaders();
     CWebStepCleanupAutoHeaders(const CWebStepCleanupAutoHeaders& other);

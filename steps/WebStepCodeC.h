@@ -1,11 +1,12 @@
 #pragma once
 // Steps that carry C code or an expression rather than a web call; built directly by the programs
 // that use them.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/StepText.h"
 #include "webstep/steps/WebStepData.h"
 
-// Where the code of a C-code step goes relative to the surrounding steps.
+/// Where the code of a C-code step goes relative to the surrounding steps.
 enum CodeCFlags : unsigned int {
     CODEC_NONE = 0,
     CODEC_BEFORE_STEP = 1,
@@ -14,7 +15,9 @@ enum CodeCFlags : unsigned int {
 };
 WEBSTEP_FLAG_OPERATORS(CodeCFlags)
 
-class CWebStepCodeC : public CWebStepData {
+/// A step holding C code and where it goes relative to the surrounding
+/// steps; made directly by the programs that use it, not by a parser.
+class WEBSTEP_API CWebStepCodeC : public CWebStepData {
 public:
     CWebStepCodeC();
     CWebStepCodeC(const CWebStepCodeC& other);
@@ -31,7 +34,9 @@ private:
     CodeCFlags m_Location;
 };
 
-class CQzStepSaveInt : public CWebStepData {
+/// A step that saves a value into a parameter; made directly by the programs
+/// that use it, not by a parser.
+class WEBSTEP_API CQzStepSaveInt : public CWebStepData {
 public:
     CQzStepSaveInt();
     CQzStepSaveInt(const CQzStepSaveInt& other);

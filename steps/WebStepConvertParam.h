@@ -1,11 +1,12 @@
 #pragma once
 // Parameter conversions: between encodings (web_convert_param) and between
 // date formats (built directly by the programs that use it).
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepWithAttributes.h"
 
-// Attribute-backed; getters share one scratch string.
-class CWebStepConvertParam : public CWebStepWithAttributes {
+/// Attribute-backed; getters share one scratch string.
+class WEBSTEP_API CWebStepConvertParam : public CWebStepWithAttributes {
 public:
     CWebStepConvertParam();
     CWebStepConvertParam(const CWebStepConvertParam& other);
@@ -14,13 +15,13 @@ public:
 
     const MString& GetParamName() const { return m_ParamName; }
     void SetParamName(const char* name);
-    // "SourceString"
+    /// "SourceString"
     const MString& GetSourceString() const;
     void SetSourceString(const char* text);
-    // "SourceEncoding"
+    /// "SourceEncoding"
     const MString& GetSourceEncoding() const;
     void SetSourceEncoding(const char* text);
-    // "TargetEncoding"
+    /// "TargetEncoding"
     const MString& GetTargetEncoding() const;
     void SetTargetEncoding(const char* text);
 
@@ -29,8 +30,8 @@ private:
     mutable MString m_Scratch;
 };
 
-// Attribute-backed; getters share one scratch string.
-class CWebStepConvertDateParam : public CWebStepWithAttributes {
+/// Attribute-backed; getters share one scratch string.
+class WEBSTEP_API CWebStepConvertDateParam : public CWebStepWithAttributes {
 public:
     CWebStepConvertDateParam();
     CWebStepConvertDateParam(const CWebStepConvertDateParam& other);
@@ -39,13 +40,13 @@ public:
 
     const MString& GetParamName() const { return m_ParamName; }
     void SetParamName(const char* name);
-    // "SourceFormat"
+    /// "SourceFormat"
     const MString& GetSourceFormat() const;
     void SetSourceFormat(const char* text);
-    // "TargetFormat"
+    /// "TargetFormat"
     const MString& GetTargetFormat() const;
     void SetTargetFormat(const char* text);
-    // "TargetParameter"
+    /// "TargetParameter"
     const MString& GetTargetParameterName() const;
     void SetTargetParameterName(const char* text);
 

@@ -1,13 +1,14 @@
 #pragma once
 // Conversions between raw data and a formatted (readable) form of it:
 // web_convert_to_formatted and web_convert_from_formatted.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepWithAttributes.h"
 
 /// web_convert_to_formatted: "RawData" through the codec chain "ChainName"
 /// into the parameter "TargetParam". Getters share one scratch string.
-class CWebStepConvertToFormatted : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepConvertToFormatted : public CWebStepWithAttributes {
 public:
     CWebStepConvertToFormatted() = default;
     CWebStepConvertToFormatted(const CWebStepConvertToFormatted& other) = default;
@@ -25,7 +26,7 @@ private:
 /// web_convert_from_formatted: "FormattedData" back to raw data in the
 /// parameter "TargetParam", with the codec "Extensions". Getters share one
 /// scratch string.
-class CWebStepConvertFromFormatted : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepConvertFromFormatted : public CWebStepWithAttributes {
 public:
     CWebStepConvertFromFormatted() = default;
     CWebStepConvertFromFormatted(const CWebStepConvertFromFormatted& other) = default;

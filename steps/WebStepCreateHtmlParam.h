@@ -1,9 +1,12 @@
 #pragma once
 // Parameters taken from pages and headers, their conversions and properties of the last response.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepData.h"
 
-class CWebStepCreateHtmlParam : public CWebStepData {
+/// web_create_html_param: a parameter saved from the text between a left
+/// and a right boundary of the next page.
+class WEBSTEP_API CWebStepCreateHtmlParam : public CWebStepData {
 public:
     CWebStepCreateHtmlParam();
     CWebStepCreateHtmlParam(const CWebStepCreateHtmlParam& other);
@@ -23,14 +26,15 @@ private:
     MString m_Right;
 };
 
-class CWebStepCreateHtmlParamEx : public CWebStepCreateHtmlParam {
+/// web_create_html_param_ex: the same with the occurrence to take.
+class WEBSTEP_API CWebStepCreateHtmlParamEx : public CWebStepCreateHtmlParam {
 public:
     CWebStepCreateHtmlParamEx();
     CWebStepCreateHtmlParamEx(const CWebStepCreateHtmlParamEx& other);
     CWebStepCreateHtmlParamEx& operator=(const CWebStepCreateHtmlParamEx& other);
     ~CWebStepCreateHtmlParamEx() override;
 
-    // Stored as unsigned.
+    /// Stored as unsigned.
     unsigned int GetInstance() const { return m_Instance; }
     void SetInstance(int value) { m_Instance = static_cast<unsigned int>(value); }
 
@@ -38,7 +42,8 @@ private:
     unsigned int m_Instance;
 };
 
-class CWebStepSetMaxHtmlParamLen : public CWebStepData {
+/// web_set_max_html_param_len: the longest value a saved parameter takes.
+class WEBSTEP_API CWebStepSetMaxHtmlParamLen : public CWebStepData {
 public:
     CWebStepSetMaxHtmlParamLen();
     CWebStepSetMaxHtmlParamLen(const CWebStepSetMaxHtmlParamLen& other);
@@ -52,7 +57,8 @@ private:
     unsigned int m_Len;
 };
 
-class CWebStepSjisToEucParam : public CWebStepData {
+/// web_sjis_to_euc_param: a parameter converted from Shift-JIS to EUC.
+class WEBSTEP_API CWebStepSjisToEucParam : public CWebStepData {
 public:
     CWebStepSjisToEucParam();
     CWebStepSjisToEucParam(const CWebStepSjisToEucParam& other);
@@ -69,7 +75,8 @@ private:
     MString m_ParamValue;
 };
 
-class CWebStepSaveParamLength : public CWebStepData {
+/// A parameter's length saved into another parameter, in a conversion base.
+class WEBSTEP_API CWebStepSaveParamLength : public CWebStepData {
 public:
     CWebStepSaveParamLength();
     CWebStepSaveParamLength(const CWebStepSaveParamLength& other);
@@ -83,9 +90,10 @@ private:
     MString m_ConversionBase;
 };
 
-class CWebStepSaveHeader : public CWebStepData {
+/// web_save_header: the request or response headers saved into a parameter.
+class WEBSTEP_API CWebStepSaveHeader : public CWebStepData {
 public:
-    // Which headers are saved (the numbers of the script's value table).
+    /// Which headers are saved (the numbers of the script's value table).
     enum SaveHeaderOption {
         SAVE_HEADER_NONE = 0,
         SAVE_HEADER_REQUEST = 1,
@@ -99,7 +107,7 @@ public:
 
     SaveHeaderOption GetOption() const { return m_Option; }
     void SetOption(SaveHeaderOption value) { m_Option = value; }
-    // Returned as a copy.
+    /// Returned as a copy.
     MString GetHeader() const { return m_Header; }
     void SetHeader(const char* text);
 
@@ -108,9 +116,11 @@ private:
     MString m_Header;
 };
 
-class CWebStepGetIntProperty : public CWebStepData {
+/// web_get_int_property: a numeric property of the last response (status
+/// code, sizes, times).
+class WEBSTEP_API CWebStepGetIntProperty : public CWebStepData {
 public:
-    // The property asked for (the numbers of the script's value table).
+    /// The property asked for (the numbers of the script's value table).
     enum HttpInfoTypeOption {
         HTTP_INFO_NONE = 0,
         HTTP_INFO_RETURN_CODE = 1,

@@ -3,12 +3,17 @@
 // built the same way: web_url, flex and silverlight requests.
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebActionStep.h"
 
-class CWebStepCustomRequest : public CWebContextlessStep {
+/// web_custom_request: a request with its method, URL, body parts in script
+/// order (text, Unicode, binary, body variables), encoding type, raw body
+/// and recorded headers and bodies. WriteBodyToFile returns false when a
+/// file cannot be written.
+class WEBSTEP_API CWebStepCustomRequest : public CWebContextlessStep {
 public:
-    // How a body part was written in the script.
+    /// How a body part was written in the script.
     enum BodyEncoding {
         BODY_TEXT = 0,      // "Body"
         BODY_UNICODE = 1,   // "BodyUnicode"
@@ -16,7 +21,7 @@ public:
         BODY_VARIABLE = 3,  // an attribute whose name starts with "body"
     };
 
-    // One piece of request body with the encoding it was written in.
+    /// One piece of request body with the encoding it was written in.
     struct tag_BodyAndEncoding {
         MString attributeName;  // the name as written, kept for body variables
         MString value;
@@ -33,7 +38,7 @@ public:
     void SetMethod(const char* text);
     const MString& GetUrl() const { return m_Url; }
     void SetUrl(const char* text);
-    // Body parts in script order.
+    /// Body parts in script order.
     const BodyList& GetBody() const { return m_Body; }
     BodyList& GetBody() { return m_Body; }
     void SetBody(const BodyList& body) { m_Body = body; }
@@ -41,13 +46,13 @@ public:
     void SetUseEncType(bool use) { m_UseEncType = use; }
     const MString& GetEncType() const { return m_EncType; }
     void SetEncType(const char* text);
-    // The raw-body texts, the first being the start marker.
+    /// The raw-body texts, the first being the start marker.
     const std::list<MString>& GetRawBodyStartEnd() const { return m_RawBodyStartEnd; }
     void SetRawBodyStartEnd(const std::list<MString>& texts) { m_RawBodyStartEnd = texts; }
     const MString& GetRequestHeaders() const { return m_RequestHeaders; }
     void SetRequestHeaders(const char* text);
-    // Bodies may hold zero bytes, hence the explicit length; a null pointer
-    // stores an empty body.
+    /// Bodies may hold zero bytes, hence the explicit length; a null pointer
+    /// stores an empty body.
     const MString& GetRequestBody() const { return m_RequestBody; }
     void SetRequestBody(const char* data, unsigned int length);
     const MString& GetResponseHeaders() const { return m_ResponseHeaders; }
@@ -57,9 +62,9 @@ public:
     const MString& GetContentEncoding() const { return m_ContentEncoding; }
     void SetContentEncoding(const char* text);
 
-    // Writes the body variables into the custom body header file of the
-    // directory and renames each such part to its variable; false when a
-    // file cannot be opened. Defined with the custom body file writer.
+    /// Writes the body variables into the custom body header file of the
+    /// directory and renames each such part to its variable; false when a
+    /// file cannot be opened. Defined with the custom body file writer.
     bool WriteBodyToFile(const MString& directory, const MString& stepName, int& counter);
 
 private:
@@ -76,8 +81,8 @@ private:
     MString m_ContentEncoding;
 };
 
-// web_url: a custom request built from a URL step.
-class CWebStepUrl : public CWebStepCustomRequest {
+/// web_url: a custom request built from a URL step.
+class WEBSTEP_API CWebStepUrl : public CWebStepCustomRequest {
 public:
     CWebStepUrl();
     CWebStepUrl(const CWebStepUrl& other);
@@ -85,7 +90,8 @@ public:
     ~CWebStepUrl() override;
 };
 
-class CWebStepFlexCustomRequest : public CWebStepCustomRequest {
+/// flex_web_request: a custom request of the Flex protocol.
+class WEBSTEP_API CWebStepFlexCustomRequest : public CWebStepCustomRequest {
 public:
     CWebStepFlexCustomRequest();
     CWebStepFlexCustomRequest(const CWebStepFlexCustomRequest& other);
@@ -93,7 +99,8 @@ public:
     ~CWebStepFlexCustomRequest() override;
 };
 
-class CWebStepSilverlightCustomRequest : public CWebStepCustomRequest {
+/// silverlight_web_request: a custom request of the Silverlight protocol.
+class WEBSTEP_API CWebStepSilverlightCustomRequest : public CWebStepCustomRequest {
 public:
     CWebStepSilverlightCustomRequest();
     CWebStepSilverlightCustomRequest(const CWebStepSilverlightCustomRequest& other);

@@ -2,6 +2,7 @@
 // The browser cache of a virtual user: saved to a file (web_dump_cache),
 // loaded from one (web_load_cache), and downloads that continue across steps
 // (web_reg_cross_step_download).
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepWithAttributes.h"
@@ -9,7 +10,7 @@
 /// web_dump_cache: the parameter that receives the file name, the
 /// "FileName" and whether an existing file is replaced ("Replace", yes or
 /// no). Getters of attribute-backed fields share one scratch string.
-class CWebStepDumpCache : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepDumpCache : public CWebStepWithAttributes {
 public:
     CWebStepDumpCache() = default;
     CWebStepDumpCache(const CWebStepDumpCache& other) = default;
@@ -27,7 +28,7 @@ private:
 };
 
 /// web_load_cache: the parameter named in the call and the "FileName".
-class CWebStepLoadCache : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepLoadCache : public CWebStepWithAttributes {
 public:
     CWebStepLoadCache() = default;
     CWebStepLoadCache(const CWebStepLoadCache& other) = default;
@@ -46,7 +47,7 @@ private:
 /// web_reg_cross_step_download: the resources ("URL", with "ContentType",
 /// "Callback" and the other options as written) whose download may run on
 /// past the end of the step. Getters share one scratch string.
-class CWebStepRegCrossStepDownload : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepRegCrossStepDownload : public CWebStepWithAttributes {
 public:
     CWebStepRegCrossStepDownload() = default;
     CWebStepRegCrossStepDownload(const CWebStepRegCrossStepDownload& other) = default;

@@ -3,10 +3,11 @@
 // and the mapping of each code to its readable message.
 #include <cstdint>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/foundation/PropertyBag.h"
 
-// Error codes recorded by the step parsers (1000 to 1015).
+/// Error codes recorded by the step parsers (1000 to 1015).
 enum WebStepErrorCode : unsigned int {
     WSE_NONE = 0,
     WSE_MISSING_ATTRIBUTE = 1000,        // a required attribute is missing
@@ -27,9 +28,9 @@ enum WebStepErrorCode : unsigned int {
     WSE_TEXT_OR_PREFIX_SUFFIX = 1015,    // give "Text" alone or both "TextPfx" and "TextSfx"
 };
 
-// One error: a code (0 when there is none) and named details; the parsers use
-// the single name "text" for the offending piece of script.
-class CWebStepError {
+/// One error: a code (0 when there is none) and named details; the parsers use
+/// the single name "text" for the offending piece of script.
+class WEBSTEP_API CWebStepError {
 public:
     CWebStepError();
     CWebStepError(unsigned int code, const CAttributeSet& attributes);
@@ -47,27 +48,27 @@ private:
     CAttributeSet m_Attributes;
 };
 
-// Maps error codes to the library's message strings (Simplified Chinese,
-// delivered in the process code page).
-class CWebStepErrMsg {
+/// Maps error codes to the library's message strings (Simplified Chinese,
+/// delivered in the process code page).
+class WEBSTEP_API CWebStepErrMsg {
 public:
     struct ErrMsgMapEntry {
         std::uint32_t code;
         std::uint32_t resourceId;
     };
 
-    // The sixteen codes and their string identifiers, in lookup order; the
-    // number message (1006) precedes the yes/no message (1005) on purpose.
+    /// The sixteen codes and their string identifiers, in lookup order; the
+    /// number message (1006) precedes the yes/no message (1005) on purpose.
     static const ErrMsgMapEntry m_MessageTable[16];
 
-    // The string identifier of the code, 0 when the code is unknown.
+    /// The string identifier of the code, 0 when the code is unknown.
     static unsigned int GetMessageStringID(unsigned int code);
-    // Loads the code's message into buffer (at most size bytes, zero
-    // included, never half a character); false when the code is unknown, the
-    // buffer is null or too small for one character. An unknown code leaves
-    // the buffer untouched.
+    /// Loads the code's message into buffer (at most size bytes, zero
+    /// included, never half a character); false when the code is unknown, the
+    /// buffer is null or too small for one character. An unknown code leaves
+    /// the buffer untouched.
     static bool GetMessageString(unsigned int code, char* buffer, unsigned long size);
-    // The English rendering of the code's message (plain ASCII), or null when
-    // the code is unknown; for tools that want an English text.
+    /// The English rendering of the code's message (plain ASCII), or null when
+    /// the code is unknown; for tools that want an English text.
     static const char* GetEnglishMessage(unsigned int code);
 };

@@ -2,10 +2,11 @@
 // Content checks of the current page: finding texts, checking an image,
 // checking a Java applet. Their options are in the inherited attribute set.
 #include "webstep/forms/DataSet.h"
+#include "webstep/foundation/Export.h"
 #include "webstep/steps/WebStepWithAttributes.h"
 
-// A copy shares the data items with its source (see CDataSet).
-class CWebStepFind : public CWebCheckStep {
+/// A copy shares the data items with its source (see CDataSet).
+class WEBSTEP_API CWebStepFind : public CWebCheckStep {
 public:
     CWebStepFind();
     explicit CWebStepFind(const CAttributeSet& attributes);
@@ -13,7 +14,7 @@ public:
     CWebStepFind& operator=(const CWebStepFind& other);
     ~CWebStepFind() override;
 
-    // The texts to find.
+    /// The texts to find.
     const CDataSet& GetDataSet() const { return m_DataSet; }
     CDataSet& GetDataSet() { return m_DataSet; }
 
@@ -21,7 +22,9 @@ private:
     CDataSet m_DataSet;
 };
 
-class CWebStepImageCheck : public CWebCheckStep {
+/// web_image_check: a check that the page holds an image (options in the
+/// attribute set).
+class WEBSTEP_API CWebStepImageCheck : public CWebCheckStep {
 public:
     CWebStepImageCheck();
     explicit CWebStepImageCheck(const CAttributeSet& attributes);
@@ -30,8 +33,8 @@ public:
     ~CWebStepImageCheck() override;
 };
 
-// A copy shares the applet parameters with its source (see CDataSet).
-class CWebStepJavaCheck : public CWebCheckStep {
+/// A copy shares the applet parameters with its source (see CDataSet).
+class WEBSTEP_API CWebStepJavaCheck : public CWebCheckStep {
 public:
     CWebStepJavaCheck();
     explicit CWebStepJavaCheck(const CAttributeSet& attributes);

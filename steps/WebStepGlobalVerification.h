@@ -4,12 +4,13 @@
 #include <list>
 #include <utility>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/StepText.h"
 #include "webstep/steps/WebStepData.h"
 #include "webstep/steps/WebStepWithAttributes.h"
 
-// Options of a global verification text (only these two are accepted).
+/// Options of a global verification text (only these two are accepted).
 enum GlobalVerificationFlags : unsigned int {
     GVF_NONE = 0,
     GVF_IGNORE_CASE = 1,  // "IC"
@@ -17,11 +18,11 @@ enum GlobalVerificationFlags : unsigned int {
 };
 WEBSTEP_FLAG_OPERATORS(GlobalVerificationFlags)
 
-// Attribute-backed; the texts are stored under "Text", "TextPfx" and
-// "TextSfx" followed by "/IC" and "/BIN" for their current flags, as the
-// script writes them; set the flags before the text. Getters share one
-// scratch string.
-class CWebStepGlobalVerification : public CWebStepWithAttributes {
+/// Attribute-backed; the texts are stored under "Text", "TextPfx" and
+/// "TextSfx" followed by "/IC" and "/BIN" for their current flags, as the
+/// script writes them; set the flags before the text. Getters share one
+/// scratch string.
+class WEBSTEP_API CWebStepGlobalVerification : public CWebStepWithAttributes {
 public:
     CWebStepGlobalVerification();
     CWebStepGlobalVerification(const CWebStepGlobalVerification& other);
@@ -41,14 +42,14 @@ public:
     void SetTextPfx(const char* text);
     const MString& GetTextSfx() const;
     void SetTextSfx(const char* text);
-    // "Search"
+    /// "Search"
     const MString& GetSearchScope() const;
     void SetSearchScope(const char* text);
-    // "Fail"
+    /// "Fail"
     const MString& GetFailIf() const;
     void SetFailIf(const char* text);
 
-    // The attribute name of a text with the given flags ("Text/BIN").
+    /// The attribute name of a text with the given flags ("Text/BIN").
     static MString TextName(const char* base, GlobalVerificationFlags flags);
 
 private:
@@ -58,8 +59,8 @@ private:
     mutable MString m_Scratch;
 };
 
-// The identifiers of the global verifications to pause or resume.
-class CWebStepGlobalVerificationPauseResumeBase : public CWebStepData {
+/// The identifiers of the global verifications to pause or resume.
+class WEBSTEP_API CWebStepGlobalVerificationPauseResumeBase : public CWebStepData {
 public:
     CWebStepGlobalVerificationPauseResumeBase();
     CWebStepGlobalVerificationPauseResumeBase(
@@ -76,7 +77,9 @@ private:
     std::list<MString> m_IDs;
 };
 
-class CWebStepGlobalVerificationPause : public CWebStepGlobalVerificationPauseResumeBase {
+/// web_global_verification_pause: the named global verifications paused.
+class WEBSTEP_API CWebStepGlobalVerificationPause
+    : public CWebStepGlobalVerificationPauseResumeBase {
 public:
     CWebStepGlobalVerificationPause();
     CWebStepGlobalVerificationPause(const CWebStepGlobalVerificationPause& other);
@@ -84,7 +87,9 @@ public:
     ~CWebStepGlobalVerificationPause() override;
 };
 
-class CWebStepGlobalVerificationResume : public CWebStepGlobalVerificationPauseResumeBase {
+/// web_global_verification_resume: the named global verifications resumed.
+class WEBSTEP_API CWebStepGlobalVerificationResume
+    : public CWebStepGlobalVerificationPauseResumeBase {
 public:
     CWebStepGlobalVerificationResume();
     CWebStepGlobalVerificationResume(const CWebStepGlobalVerificationResume& other);

@@ -3,6 +3,7 @@
 // (web_js_run) and starting that engine afresh (web_js_reset).
 #include <list>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepData.h"
@@ -11,7 +12,7 @@
 /// web_js_run: "Code" or "File", the parameter that receives the result
 /// ("ResultParam"), and the source files loaded first (the SOURCES items, in
 /// script order). Getters of attribute-backed fields share one scratch string.
-class CWebStepJsRun : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepJsRun : public CWebStepWithAttributes {
 public:
     CWebStepJsRun() = default;
     CWebStepJsRun(const CWebStepJsRun& other) = default;
@@ -31,7 +32,7 @@ private:
 };
 
 /// web_js_reset: no fields.
-class CWebStepJsReset : public CWebStepData {
+class WEBSTEP_API CWebStepJsReset : public CWebStepData {
 public:
     CWebStepJsReset() = default;
     CWebStepJsReset(const CWebStepJsReset& other) = default;

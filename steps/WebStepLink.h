@@ -2,11 +2,14 @@
 // Navigations resolved against the current page: following a link, clicking
 // an image, submitting a page form. The page element to act on is described by
 // the inherited attribute set.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/DataSet.h"
 #include "webstep/steps/WebActionStep.h"
 
-class CWebStepLink : public CWebContextStep {
+/// web_link: following a link of the current page, named by the inherited
+/// attribute set (text, ordinal, frame, ...).
+class WEBSTEP_API CWebStepLink : public CWebContextStep {
 public:
     CWebStepLink();
     explicit CWebStepLink(const CAttributeSet& attributes);
@@ -15,7 +18,9 @@ public:
     ~CWebStepLink() override;
 };
 
-class CWebStepImage : public CWebContextStep {
+/// web_image: clicking an image of the current page, named by the inherited
+/// attribute set (source, alternative text, map area, ...).
+class WEBSTEP_API CWebStepImage : public CWebContextStep {
 public:
     CWebStepImage();
     explicit CWebStepImage(const CAttributeSet& attributes);
@@ -23,7 +28,7 @@ public:
     CWebStepImage& operator=(const CWebStepImage& other);
     ~CWebStepImage() override;
 
-    // Click coordinates, kept as written.
+    /// Click coordinates, kept as written.
     const MString& GetX() const { return m_X; }
     void SetX(const char* text);
     const MString& GetY() const { return m_Y; }
@@ -34,8 +39,8 @@ private:
     MString m_Y;
 };
 
-// A copy shares the data and hidden items with its source (see CDataSet).
-class CWebStepSubmitForm : public CWebContextStep {
+/// A copy shares the data and hidden items with its source (see CDataSet).
+class WEBSTEP_API CWebStepSubmitForm : public CWebContextStep {
 public:
     CWebStepSubmitForm();
     explicit CWebStepSubmitForm(const CAttributeSet& attributes);

@@ -2,6 +2,7 @@
 // Asynchronous conversations: the rule that marks the requests of one
 // (web_reg_async_attributes), its end (web_stop_async), and a wait for a
 // condition that such a conversation fulfils (web_sync).
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepWithAttributes.h"
@@ -17,7 +18,7 @@ enum AsyncUrlFlags : unsigned int {
 /// requests match (stored under the plain name, its options as flags), the
 /// "Pattern" and the other options; the callback names (attributes whose name
 /// ends in "CB") stay in the attribute set. Getters share one scratch string.
-class CWebStepRegAsyncAttributes : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepRegAsyncAttributes : public CWebStepWithAttributes {
 public:
     CWebStepRegAsyncAttributes() = default;
     CWebStepRegAsyncAttributes(const CWebStepRegAsyncAttributes& other) = default;
@@ -39,7 +40,7 @@ private:
 };
 
 /// web_stop_async: the conversation "ID".
-class CWebStepStopAsync : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepStopAsync : public CWebStepWithAttributes {
 public:
     CWebStepStopAsync() = default;
     CWebStepStopAsync(const CWebStepStopAsync& other) = default;
@@ -54,7 +55,7 @@ private:
 
 /// web_sync: the condition ("ParamExists" or "ParamNotExists", naming a
 /// parameter) and the retry timing. Getters share one scratch string.
-class CWebStepSync : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepSync : public CWebStepWithAttributes {
 public:
     CWebStepSync() = default;
     CWebStepSync(const CWebStepSync& other) = default;

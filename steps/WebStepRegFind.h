@@ -1,10 +1,11 @@
 #pragma once
 // web_reg_find: a rule that checks the next response for a text.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/StepText.h"
 #include "webstep/steps/WebStepWithAttributes.h"
 
-// Options of a search text, written as suffixes of its attribute name.
+/// Options of a search text, written as suffixes of its attribute name.
 enum RegFindFlags : unsigned int {
     RFF_NONE = 0,
     RFF_IGNORE_CASE = 1,  // "IC"
@@ -16,12 +17,12 @@ enum RegFindFlags : unsigned int {
 };
 WEBSTEP_FLAG_OPERATORS(RegFindFlags)
 
-// Attribute-backed like the parameter-saving step, including its naming: the
-// texts are stored under "Text", "TextPfx" and "TextSfx" followed by the
-// suffixes of their current flags (so that the attribute set reads as the
-// script wrote it, "Text/IC=..."); set the flags before the text. Getters
-// share one scratch string.
-class CWebStepRegFind : public CWebStepWithAttributes {
+/// Attribute-backed like the parameter-saving step, including its naming: the
+/// texts are stored under "Text", "TextPfx" and "TextSfx" followed by the
+/// suffixes of their current flags (so that the attribute set reads as the
+/// script wrote it, "Text/IC=..."); set the flags before the text. Getters
+/// share one scratch string.
+class WEBSTEP_API CWebStepRegFind : public CWebStepWithAttributes {
 public:
     CWebStepRegFind();
     CWebStepRegFind(const CWebStepRegFind& other);
@@ -41,17 +42,17 @@ public:
     void SetTextPfx(const char* text);
     const MString& GetTextSfx() const;
     void SetTextSfx(const char* text);
-    // "Search"
+    /// "Search"
     const MString& GetSearchScope() const;
     void SetSearchScope(const char* text);
-    // "Fail"
+    /// "Fail"
     const MString& GetFail() const;
     void SetFail(const char* text);
-    // "SaveCount"
+    /// "SaveCount"
     const MString& GetSaveCount() const;
     void SetSaveCount(const char* text);
 
-    // The attribute name of a text with the given flags ("Text/IC").
+    /// The attribute name of a text with the given flags ("Text/IC").
     static MString TextName(const char* base, RegFindFlags flags);
 
 private:

@@ -4,6 +4,7 @@
 // (web_reg_save_param_regexp), a JSON path (web_reg_save_param_json), an
 // XPath (web_reg_save_param_xpath) or a tag attribute
 // (web_reg_save_param_attrib), each limited by an optional filter section.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/foundation/PropertyBag.h"
 #include "webstep/steps/AttributeField.h"
@@ -15,7 +16,7 @@
 /// kept in their own set under the names as written). The other options live
 /// in the inherited attribute set; getters of attribute-backed fields share
 /// one scratch string, so the next getter call overwrites an earlier result.
-class CWebStepSaveParamRule : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepSaveParamRule : public CWebStepWithAttributes {
 public:
     CWebStepSaveParamRule() = default;
     CWebStepSaveParamRule(const CWebStepSaveParamRule& other) = default;
@@ -44,7 +45,7 @@ private:
 /// web_reg_save_param_ex: the text between a left ("LB") and a right ("RB")
 /// boundary; the options written after each boundary name ("LB/IC/BIN") are
 /// kept as flags, the boundary texts under the plain names "LB" and "RB".
-class CWebStepRegSaveParamEx : public CWebStepSaveParamRule {
+class WEBSTEP_API CWebStepRegSaveParamEx : public CWebStepSaveParamRule {
 public:
     CWebStepRegSaveParamEx() = default;
     CWebStepRegSaveParamEx(const CWebStepRegSaveParamEx& other) = default;
@@ -69,7 +70,7 @@ private:
 
 /// web_reg_save_param_regexp: the text that a group of a regular expression
 /// matched.
-class CWebStepRegSaveParamRegexp : public CWebStepSaveParamRule {
+class WEBSTEP_API CWebStepRegSaveParamRegexp : public CWebStepSaveParamRule {
 public:
     CWebStepRegSaveParamRegexp() = default;
     CWebStepRegSaveParamRegexp(const CWebStepRegSaveParamRegexp& other) = default;
@@ -83,7 +84,7 @@ public:
 };
 
 /// web_reg_save_param_json: the values a JSON path selects.
-class CWebStepRegSaveParamJson : public CWebStepSaveParamRule {
+class WEBSTEP_API CWebStepRegSaveParamJson : public CWebStepSaveParamRule {
 public:
     CWebStepRegSaveParamJson() = default;
     CWebStepRegSaveParamJson(const CWebStepRegSaveParamJson& other) = default;
@@ -95,7 +96,7 @@ public:
 };
 
 /// web_reg_save_param_xpath: the nodes an XPath selects.
-class CWebStepRegSaveParamXpath : public CWebStepSaveParamRule {
+class WEBSTEP_API CWebStepRegSaveParamXpath : public CWebStepSaveParamRule {
 public:
     CWebStepRegSaveParamXpath() = default;
     CWebStepRegSaveParamXpath(const CWebStepRegSaveParamXpath& other) = default;
@@ -109,7 +110,7 @@ public:
 
 /// web_reg_save_param_attrib: one attribute ("Extract") of the tag
 /// ("TagName") that the remaining attributes of the set select.
-class CWebStepRegSaveParamAttrib : public CWebStepSaveParamRule {
+class WEBSTEP_API CWebStepRegSaveParamAttrib : public CWebStepSaveParamRule {
 public:
     CWebStepRegSaveParamAttrib() = default;
     CWebStepRegSaveParamAttrib(const CWebStepRegSaveParamAttrib& other) = default;

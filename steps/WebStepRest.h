@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepWithAttributes.h"
@@ -12,7 +13,7 @@
 /// attribute set as written, and the request headers of the HEADERS section
 /// as name/value pairs in script order. Getters of attribute-backed fields
 /// share one scratch string.
-class CWebStepRest : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepRest : public CWebStepWithAttributes {
 public:
     using Header = std::pair<MString, MString>;
 

@@ -2,12 +2,13 @@
 // Steps that write a parameter from the script itself: the current time
 // (web_save_timestamp_param) and the length of another parameter
 // (web_save_param_length).
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepCreateHtmlParam.h"
 #include "webstep/steps/WebStepData.h"
 
 /// web_save_timestamp_param: the parameter that receives the time stamp.
-class CWebStepSaveTimestampParam : public CWebStepData {
+class WEBSTEP_API CWebStepSaveTimestampParam : public CWebStepData {
 public:
     CWebStepSaveTimestampParam() = default;
     CWebStepSaveTimestampParam(const CWebStepSaveTimestampParam& other) = default;
@@ -23,7 +24,7 @@ private:
 
 /// web_save_param_length: the conversion base of the length step plus the
 /// name of the parameter whose length is saved.
-class CWebStepSaveParamLengthEx : public CWebStepSaveParamLength {
+class WEBSTEP_API CWebStepSaveParamLengthEx : public CWebStepSaveParamLength {
 public:
     CWebStepSaveParamLengthEx() = default;
     CWebStepSaveParamLengthEx(const CWebStepSaveParamLengthEx& other) = default;

@@ -1,6 +1,7 @@
 #pragma once
 // web_service_call: a web service operation with its arguments and the
 // parts of the result that are saved.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/foundation/PropertyBag.h"
 #include "webstep/steps/AttributeField.h"
@@ -10,7 +11,7 @@
 /// "Service", "ExpectedResponse", "Snapshot", ...) in the attribute set, the
 /// BEGIN_ARGUMENTS items and the BEGIN_RESULT items each in their own set, as
 /// written. Getters of attribute-backed fields share one scratch string.
-class CWebStepServiceCall : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepServiceCall : public CWebStepWithAttributes {
 public:
     CWebStepServiceCall() = default;
     CWebStepServiceCall(const CWebStepServiceCall& other) = default;

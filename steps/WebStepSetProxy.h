@@ -1,9 +1,11 @@
 #pragma once
 // Proxy and user settings of the virtual user's connections.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepData.h"
 
-class CWebStepSetProxy : public CWebStepData {
+/// web_set_proxy: the proxy of plain HTTP connections.
+class WEBSTEP_API CWebStepSetProxy : public CWebStepData {
 public:
     CWebStepSetProxy();
     CWebStepSetProxy(const CWebStepSetProxy& other);
@@ -14,7 +16,7 @@ public:
     void SetHost(const char* text);
     unsigned int GetPort() const { return m_Port; }
     void SetPort(unsigned int value) { m_Port = value; }
-    // The whole proxy given as a parameter reference.
+    /// The whole proxy given as a parameter reference.
     const MString& GetParameterUrl() const { return m_ParameterUrl; }
     void SetParameterUrl(const char* text);
 
@@ -24,7 +26,8 @@ private:
     MString m_ParameterUrl;
 };
 
-class CWebStepSetSecureProxy : public CWebStepSetProxy {
+/// web_set_secure_proxy: the proxy of HTTPS connections.
+class WEBSTEP_API CWebStepSetSecureProxy : public CWebStepSetProxy {
 public:
     CWebStepSetSecureProxy();
     CWebStepSetSecureProxy(const CWebStepSetSecureProxy& other);
@@ -32,7 +35,8 @@ public:
     ~CWebStepSetSecureProxy() override;
 };
 
-class CWebStepSetUser : public CWebStepData {
+/// web_set_user: user name and password for a host.
+class WEBSTEP_API CWebStepSetUser : public CWebStepData {
 public:
     CWebStepSetUser();
     CWebStepSetUser(const CWebStepSetUser& other);
@@ -58,7 +62,8 @@ private:
     MString m_ParameterUrl;
 };
 
-class CWebStepSetProxyBypass : public CWebStepData {
+/// web_set_proxy_bypass: the hosts reached without the proxy.
+class WEBSTEP_API CWebStepSetProxyBypass : public CWebStepData {
 public:
     CWebStepSetProxyBypass();
     CWebStepSetProxyBypass(const CWebStepSetProxyBypass& other);
@@ -72,7 +77,8 @@ private:
     MString m_Bypass;
 };
 
-class CWebStepSetProxyBypassLocal : public CWebStepData {
+/// web_set_proxy_bypass_local: whether local addresses bypass the proxy.
+class WEBSTEP_API CWebStepSetProxyBypassLocal : public CWebStepData {
 public:
     CWebStepSetProxyBypassLocal();
     CWebStepSetProxyBypassLocal(const CWebStepSetProxyBypassLocal& other);

@@ -1,10 +1,12 @@
 #pragma once
 // Connection settings: limits, keep-alive, time-outs, retries, socket options, the cache and
 // concurrent groups.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/WebStepData.h"
 
-class CWebStepSetConnectionsLimit : public CWebStepData {
+/// web_set_connections_limit: the most connections a virtual user opens.
+class WEBSTEP_API CWebStepSetConnectionsLimit : public CWebStepData {
 public:
     CWebStepSetConnectionsLimit();
     CWebStepSetConnectionsLimit(const CWebStepSetConnectionsLimit& other);
@@ -18,7 +20,8 @@ private:
     unsigned int m_Limit;
 };
 
-class CWebStepEnableKeepAlive : public CWebStepData {
+/// web_enable_keep_alive: connections kept open between requests.
+class WEBSTEP_API CWebStepEnableKeepAlive : public CWebStepData {
 public:
     CWebStepEnableKeepAlive();
     CWebStepEnableKeepAlive(const CWebStepEnableKeepAlive& other);
@@ -26,7 +29,8 @@ public:
     ~CWebStepEnableKeepAlive() override;
 };
 
-class CWebStepDisableKeepAlive : public CWebStepData {
+/// web_disable_keep_alive: connections closed after each request.
+class WEBSTEP_API CWebStepDisableKeepAlive : public CWebStepData {
 public:
     CWebStepDisableKeepAlive();
     CWebStepDisableKeepAlive(const CWebStepDisableKeepAlive& other);
@@ -34,9 +38,10 @@ public:
     ~CWebStepDisableKeepAlive() override;
 };
 
-class CWebStepSetTimeout : public CWebStepData {
+/// web_set_timeout: a time-out (resolve, connect, receive or step) in seconds.
+class WEBSTEP_API CWebStepSetTimeout : public CWebStepData {
 public:
-    // The kind of time-out (the numbers of the script's value table).
+    /// The kind of time-out (the numbers of the script's value table).
     enum ActionOption {
         ACTION_NONE = 0,
         ACTION_RESOLVE = 1,
@@ -52,7 +57,7 @@ public:
 
     ActionOption GetAction() const { return m_Action; }
     void SetAction(ActionOption value) { m_Action = value; }
-    // Seconds.
+    /// Seconds.
     unsigned int GetTimeout() const { return m_Timeout; }
     void SetTimeout(unsigned int value) { m_Timeout = value; }
 
@@ -61,7 +66,8 @@ private:
     unsigned int m_Timeout;
 };
 
-class CWebStepSetMaxRetries : public CWebStepData {
+/// web_set_max_retries: how often a failed request is tried again.
+class WEBSTEP_API CWebStepSetMaxRetries : public CWebStepData {
 public:
     CWebStepSetMaxRetries();
     CWebStepSetMaxRetries(const CWebStepSetMaxRetries& other);
@@ -75,17 +81,18 @@ private:
     unsigned int m_MaxRetries;
 };
 
-class CWebStepSetSocketsOption : public CWebStepData {
+/// web_set_sockets_option: one socket option and its value.
+class WEBSTEP_API CWebStepSetSocketsOption : public CWebStepData {
 public:
     CWebStepSetSocketsOption();
     CWebStepSetSocketsOption(const CWebStepSetSocketsOption& other);
     CWebStepSetSocketsOption& operator=(const CWebStepSetSocketsOption& other);
     ~CWebStepSetSocketsOption() override;
 
-    // Kept as written.
+    /// Kept as written.
     const MString& GetOptionID() const { return m_OptionID; }
     void SetOptionID(const char* text);
-    // Kept as written.
+    /// Kept as written.
     const MString& GetOptionValue() const { return m_OptionValue; }
     void SetOptionValue(const char* text);
 
@@ -94,7 +101,8 @@ private:
     MString m_OptionValue;
 };
 
-class CWebStepCacheCleanup : public CWebStepData {
+/// web_cache_cleanup: the virtual user's cache emptied.
+class WEBSTEP_API CWebStepCacheCleanup : public CWebStepData {
 public:
     CWebStepCacheCleanup();
     CWebStepCacheCleanup(const CWebStepCacheCleanup& other);
@@ -102,7 +110,8 @@ public:
     ~CWebStepCacheCleanup() override;
 };
 
-class CWebStepConcurrentStart : public CWebStepData {
+/// web_concurrent_start: the following requests run concurrently.
+class WEBSTEP_API CWebStepConcurrentStart : public CWebStepData {
 public:
     CWebStepConcurrentStart();
     CWebStepConcurrentStart(const CWebStepConcurrentStart& other);
@@ -110,7 +119,8 @@ public:
     ~CWebStepConcurrentStart() override;
 };
 
-class CWebStepConcurrentEnd : public CWebStepData {
+/// web_concurrent_end: the end of a concurrent group.
+class WEBSTEP_API CWebStepConcurrentEnd : public CWebStepData {
 public:
     CWebStepConcurrentEnd();
     CWebStepConcurrentEnd(const CWebStepConcurrentEnd& other);

@@ -1,13 +1,14 @@
 #pragma once
 // web_submit_data: a request whose body is built from a data set, without a
 // page form.
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/forms/DataSet.h"
 #include "webstep/steps/WebActionStep.h"
 
-// A copy shares the data items with its source (see CDataSet); the owner of
-// one of the two calls GetDataSet().ClearDataReferences() before destroying it.
-class CWebStepSubmitData : public CWebContextlessStep {
+/// A copy shares the data items with its source (see CDataSet); the owner of
+/// one of the two calls GetDataSet().ClearDataReferences() before destroying it.
+class WEBSTEP_API CWebStepSubmitData : public CWebContextlessStep {
 public:
     CWebStepSubmitData();
     CWebStepSubmitData(const CWebStepSubmitData& other);

@@ -1,6 +1,7 @@
 #pragma once
 // WebSocket steps: opening a connection (web_websocket_connect), sending a
 // message on it (web_websocket_send) and closing it (web_websocket_close).
+#include "webstep/foundation/Export.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/steps/AttributeField.h"
 #include "webstep/steps/WebStepWithAttributes.h"
@@ -8,7 +9,7 @@
 /// web_websocket_connect: the connection "ID", the "URI" and "Origin"; the
 /// callback names (attributes whose name ends in "CB") stay in the attribute
 /// set. Getters share one scratch string.
-class CWebStepWebSocketConnect : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepWebSocketConnect : public CWebStepWithAttributes {
 public:
     CWebStepWebSocketConnect() = default;
     CWebStepWebSocketConnect(const CWebStepWebSocketConnect& other) = default;
@@ -25,7 +26,7 @@ private:
 
 /// web_websocket_send: the connection "ID", the message "Buffer" and whether
 /// it is binary ("IsBinary", 0 or 1, as written).
-class CWebStepWebSocketSend : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepWebSocketSend : public CWebStepWithAttributes {
 public:
     CWebStepWebSocketSend() = default;
     CWebStepWebSocketSend(const CWebStepWebSocketSend& other) = default;
@@ -41,7 +42,7 @@ private:
 };
 
 /// web_websocket_close: the connection "ID", the close "Code" and "Reason".
-class CWebStepWebSocketClose : public CWebStepWithAttributes {
+class WEBSTEP_API CWebStepWebSocketClose : public CWebStepWithAttributes {
 public:
     CWebStepWebSocketClose() = default;
     CWebStepWebSocketClose(const CWebStepWebSocketClose& other) = default;

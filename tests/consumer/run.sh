@@ -37,7 +37,16 @@ if command -v help2man >/dev/null; then
 fi
 [ -f "$libdir/cmake/webstep/webstepConfig.cmake" ] || fail "the CMake package is not installed"
 [ -f "$libdir/pkgconfig/webstep.pc" ] || fail "webstep.pc is not installed"
-"$prefix/bin/webstep" --version | grep -q '^webstep [0-9]' || fail "the installed tool does not run"
+version=$("$prefix/bin/webstep" --version) || fail "the installed tool does not run"
+[[ $version =~ ^webstep\ [0-9] ]] || fail "the installed tool gives the version \"$version\""
+
+# Hidden by default: what the headers mark is exported, the machinery behind
+# it (such as the generated lexer engine) is not.
+nm -D --defined-only "$libdir/libwebstep.so" > "$work/exported.txt"
+grep -q 'CURLParser' "$work/exported.txt" || fail "the URL parser is not exported"
+if grep -q 'wshtml_' "$work/exported.txt"; then
+  fail "the lexer engine's functions are exported"
+fi
 
 step "CMake: find_package(webstep CONFIG)"
 "$cmake" -S "$src" -B "$work/cmake-build" -DCMAKE_PREFIX_PATH="$prefix" \
@@ -49,8 +58,8 @@ step "CMake: find_package(webstep CONFIG)"
 # other program would, through the loader path.
 LD_LIBRARY_PATH=$libdir "$work/cmake-build/consumer" || fail "the shared-library program"
 "$work/cmake-build/consumer_static" || fail "the static-library program"
-objdump -p "$work/cmake-build/consumer" | grep -q "NEEDED *$soname" ||
-  fail "the program does not load $soname"
+needed=$(objdump -p "$work/cmake-build/consumer" | awk '/NEEDED/{print $2}')
+grep -qx "$soname" <<<"$needed" || fail "the program does not load $soname"
 
 step "pkg-config"
 export PKG_CONFIG_PATH=$libdir/pkgconfig
