@@ -236,26 +236,40 @@ bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText
     if (i == schemeLength || i == n || text[i] != '/')
         return false;
     const std::size_t hostEnd = i;
-    std::size_t fileStart = i + 1;
-    for (; i < n && text[i] != '?' && text[i] != '#'; ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (!IsPlainPathByte(c))
-            return false;
-        if (c == '/')
-            fileStart = i + 1;
-        else if (c == '.' && text[i - 1] == '/')
-            return false;  // a possible dot segment
+    const char* const data = text.data();
+    // Byte searches and branch-free sweeps: URLs with long queries are common.
+    const void* query = std::memchr(data + hostEnd, '?', n - hostEnd);
+    const void* hash = std::memchr(data + hostEnd, '#', n - hostEnd);
+    // A fragment before the query would be split at the query when the URL
+    // is taken apart again.
+    if (hash != nullptr && query != nullptr && hash < query)
+        return false;
+    const std::size_t extraStart =
+        query != nullptr  ? static_cast<std::size_t>(static_cast<const char*>(query) - data)
+        : hash != nullptr ? static_cast<std::size_t>(static_cast<const char*>(hash) - data)
+                          : n;
+    unsigned char bad = 0;
+    for (std::size_t k = hostEnd; k < extraStart; ++k) {
+        const unsigned char c = static_cast<unsigned char>(data[k]);
+        bad |= static_cast<unsigned char>(!IsPlainPathByte(c));
     }
-    const std::size_t extraStart = i;
-    // A fragment before the query ends the path at the query when the URL is
-    // split again; blanks in the extra information are trimmed or removed.
-    bool sawHash = false;
-    for (; i < n; ++i) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c <= 0x20 || (c == '?' && sawHash))
+    // Blanks in the extra information are trimmed or removed.
+    for (std::size_t k = extraStart; k < n; ++k)
+        bad |= static_cast<unsigned char>(static_cast<unsigned char>(data[k]) <= 0x20);
+    if (bad)
+        return false;
+    // A possible dot segment: the path starts with "/", so a dot is never first.
+    for (const void* dot = std::memchr(data + hostEnd, '.', extraStart - hostEnd);
+         dot != nullptr;) {
+        const std::size_t k = static_cast<std::size_t>(static_cast<const char*>(dot) - data);
+        if (data[k - 1] == '/')
             return false;
-        sawHash = sawHash || c == '#';
+        dot = std::memchr(data + k + 1, '.', extraStart - k - 1);
     }
+    const std::size_t fileStart =
+        static_cast<std::size_t>(
+            static_cast<const char*>(memrchr(data + hostEnd, '/', extraStart - hostEnd)) - data) +
+        1;
     m_scheme = TheInternetSchemeMap().GetDescr(schemeLength == 7 ? 3L : 4L);
     m_host.assign(text.data() + schemeLength, hostEnd - schemeLength);
     m_port = m_scheme->defaultPort;
@@ -587,36 +601,44 @@ MString CURLParser::GetServer() const {
     return IsDefaultPort() ? m_host : m_host + ":" + std::to_string(m_port);
 }
 
-void CURLParser::DivideExtra(MString* search, MString* label) const {
-    search->clear();
-    label->clear();
-    if (m_extraInfo.empty())
+void CURLParser::DivideExtra(std::string_view* search, std::string_view* label) const {
+    *search = std::string_view();
+    *label = std::string_view();
+    const std::string_view extra(m_extraInfo);
+    if (extra.empty())
         return;
-    if (m_extraInfo[0] == '#') {
-        *label = m_extraInfo.substr(1);
-    } else if (m_extraInfo[0] == '?') {
-        std::size_t hash = m_extraInfo.find('#');
-        if (hash == MString::npos) {
-            *search = m_extraInfo.substr(1);
+    if (extra[0] == '#') {
+        *label = extra.substr(1);
+    } else if (extra[0] == '?') {
+        const std::size_t hash = extra.find('#');
+        if (hash == std::string_view::npos) {
+            *search = extra.substr(1);
         } else {
-            *search = m_extraInfo.substr(1, hash - 1);
-            *label = m_extraInfo.substr(hash + 1);
+            *search = extra.substr(1, hash - 1);
+            *label = extra.substr(hash + 1);
         }
     }
 }
 
+void CURLParser::DivideExtra(MString* search, MString* label) const {
+    std::string_view s, l;
+    DivideExtra(&s, &l);
+    search->assign(s);
+    label->assign(l);
+}
+
 MString CURLParser::GetSearch() const {
-    MString search, label;
+    std::string_view search, label;
     if (m_valid)
         DivideExtra(&search, &label);
-    return search;
+    return MString(search);
 }
 
 MString CURLParser::GetLabel() const {
-    MString search, label;
+    std::string_view search, label;
     if (m_valid)
         DivideExtra(&search, &label);
-    return label;
+    return MString(label);
 }
 
 MString CURLParser::GetFullPath() const {
@@ -709,13 +731,13 @@ int CURLParser::ToStringRep(MString& text, int options) const {
         if ((options & LABEL) && (options & SEARCH)) {
             text += m_extraInfo;
         } else if (options & (LABEL | SEARCH)) {
-            MString search, label;
+            std::string_view search, label;
             DivideExtra(&search, &label);
             // With the label option alone a label suppresses the search.
             if ((options & LABEL) && !label.empty())
-                text += "#" + label;
+                text.append(1, '#').append(label);
             else if (m_extraInfo[0] == '?')
-                text += "?" + search;
+                text.append(1, '?').append(search);
         }
     }
     return static_cast<int>(text.size());

@@ -151,6 +151,8 @@ private:
     bool HasSimpleBase() const;
     int CreateFromURLComponents(const webstep::platform::URL_COMPONENTSA& components);
     void DivideExtra(MString* search, MString* label) const;
+    // The search and label inside the extra information, without copies.
+    void DivideExtra(std::string_view* search, std::string_view* label) const;
     bool IsDefaultPort() const;
 
     int m_valid = 0;
