@@ -12,7 +12,6 @@
 #include <CLI/CLI.hpp>
 
 #include <iostream>
-
 #include <string>
 #include <vector>
 
@@ -46,11 +45,11 @@ std::string DescribeUsageError(const CLI::App* top, const CLI::Error& error) {
 }
 
 }  // namespace
+
 int main(int argc, char** argv) {
     CLI::App app{"webstep: check, inspect and convert load-test web scripts on Linux"};
     app.set_version_flag("--version", std::string("webstep ") + webstep::GetVersion());
     app.require_subcommand(1, 1);
-    int exitCode = 0;
     app.failure_message(DescribeUsageError);
     app.footer(
         "Examples:\n"
@@ -63,6 +62,7 @@ int main(int argc, char** argv) {
         "  webstep escape < body.bin > body.txt\n"
         "  webstep --version\n"
         "Each command's --help lists its options with examples; \"man webstep\" has them all.");
+    int exitCode = 0;
     webstep::cli::AddEscapeCommands(app, &exitCode);
     webstep::cli::AddUrlCommand(app, &exitCode);
     webstep::cli::AddLintCommand(app, &exitCode);
