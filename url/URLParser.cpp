@@ -189,6 +189,7 @@ void CURLParser::Clear() {
     m_file.clear();
     m_extraInfo.clear();
     m_explicitPort = false;
+    m_plain = false;
 }
 
 int CURLParser::Create(const CURLParser& base, const char* url) {
@@ -281,6 +282,7 @@ bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText
     // The same plain substring test as the general way.
     m_explicitPort = std::strstr(portSearchText, schemeLength == 7 ? ":80" : ":443") != nullptr;
     m_valid = 1;
+    m_plain = true;
     return true;
 }
 
@@ -311,7 +313,7 @@ bool CURLParser::HasSimpleBase() const {
 }
 
 bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) {
-    if (!base.HasSimpleBase() || url[0] == '\0')
+    if (url[0] == '\0' || !(base.m_plain || base.HasSimpleBase()))
         return false;
     const std::string_view rel(url);
     // Blanks and control characters are trimmed or removed by the general way.

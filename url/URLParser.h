@@ -165,4 +165,6 @@ private:
     MString m_file;
     MString m_extraInfo;
     bool m_explicitPort = false;
+    // Taken apart by the one-pass path, so known to be a plain base.
+    bool m_plain = false;
 };
