@@ -9,6 +9,7 @@
 #include "webstep/forms/Data.h"
 #include "webstep/forms/DataSet.h"
 #include "webstep/script/WebParsers.h"
+#include "webstep/script/internal/OptionSuffixes.h"
 #include "webstep/steps/WebStepError.h"
 #include "webstep/steps/WebSteps.h"
 
@@ -22,33 +23,6 @@ bool EqualsNoCase(const MString& a, const char* b) {
     return strcasecmp(a.c_str(), b) == 0 && a.size() == std::strlen(b);
 }
 
-// Reads the slash-separated segments after the base name. A segment matches
-// the first option (in table order) that it begins, ignoring case, so that
-// shortened options are accepted: "I" is "IC", "ALNUM" is "ALNUMIC".
-bool ReadOptionSuffixes(const MString& name, const char* const* options, size_t optionCount,
-                        unsigned int& bits) {
-    bits = 0;
-    size_t slash = name.find('/');
-    while (slash != MString::npos) {
-        const size_t next = name.find('/', slash + 1);
-        const size_t length = (next == MString::npos ? name.size() : next) - slash - 1;
-        if (length == 0)
-            return false;
-        bool matched = false;
-        for (size_t i = 0; i < optionCount && !matched; ++i) {
-            if (length <= std::strlen(options[i]) &&
-                strncasecmp(name.c_str() + slash + 1, options[i], length) == 0) {
-                bits |= 1u << i;
-                matched = true;
-            }
-        }
-        if (!matched)
-            return false;
-        slash = next;
-    }
-    return true;
-}
-
 MString BaseName(const MString& attributeName) {
     return attributeName.substr(0, attributeName.find('/'));
 }
@@ -57,7 +31,8 @@ MString BaseName(const MString& attributeName) {
 
 bool CWebStepParse::ParseParamBoundary(const MString& attributeName, RegSaveParamFlags& flags) {
     unsigned int bits = 0;
-    const bool ok = ReadOptionSuffixes(attributeName, kSaveParamOptions, 6, bits);
+    const bool ok =
+        webstep::script_internal::ReadOptionSuffixes(attributeName, kSaveParamOptions, 6, bits);
     flags = static_cast<RegSaveParamFlags>(ok ? bits : 0);
     if (!ok)
         SetErrorInfo(WSE_ATTRIBUTE_SYNTAX, "text", attributeName.c_str(), nullptr);
@@ -67,7 +42,8 @@ bool CWebStepParse::ParseParamBoundary(const MString& attributeName, RegSavePara
 bool CWebStepParse::ParseFindText(const MString& label, const MString& attributeName,
                                   RegFindFlags& flags) {
     unsigned int bits = 0;
-    const bool ok = ReadOptionSuffixes(attributeName, kSaveParamOptions, 6, bits);
+    const bool ok =
+        webstep::script_internal::ReadOptionSuffixes(attributeName, kSaveParamOptions, 6, bits);
     flags = static_cast<RegFindFlags>(ok ? bits : 0);
     if (!ok)
         SetErrorInfo(WSE_ATTRIBUTE_SYNTAX, label.c_str(), attributeName.c_str(), nullptr);
@@ -77,7 +53,8 @@ bool CWebStepParse::ParseFindText(const MString& label, const MString& attribute
 bool CWebStepParse::ParseGlobalVerificationText(const MString& label, const MString& attributeName,
                                                 GlobalVerificationFlags& flags) {
     unsigned int bits = 0;
-    const bool ok = ReadOptionSuffixes(attributeName, kGlobalVerificationOptions, 2, bits);
+    const bool ok = webstep::script_internal::ReadOptionSuffixes(
+        attributeName, kGlobalVerificationOptions, 2, bits);
     flags = static_cast<GlobalVerificationFlags>(ok ? bits : 0);
     if (!ok)
         SetErrorInfo(WSE_ATTRIBUTE_SYNTAX, label.c_str(), attributeName.c_str(), nullptr);

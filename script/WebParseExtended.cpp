@@ -34,6 +34,7 @@
 #include <cstring>
 
 #include "webstep/script/WebParsers.h"
+#include "webstep/script/internal/OptionSuffixes.h"
 #include "webstep/steps/WebStepError.h"
 
 namespace {
@@ -94,26 +95,7 @@ bool IsFrameId(const MString& text) {
 // segment a prefix of an option in that order, as boundary options are read.
 bool ReadUrlOptions(const MString& name, unsigned int& bits) {
     static const char* const options[] = {"RE", "IC"};
-    bits = 0;
-    size_t slash = name.find('/');
-    while (slash != MString::npos) {
-        const size_t next = name.find('/', slash + 1);
-        const size_t length = (next == MString::npos ? name.size() : next) - slash - 1;
-        if (length == 0)
-            return false;
-        bool matched = false;
-        for (size_t i = 0; i < 2 && !matched; ++i) {
-            if (length <= std::strlen(options[i]) &&
-                strncasecmp(name.c_str() + slash + 1, options[i], length) == 0) {
-                bits |= 1u << i;
-                matched = true;
-            }
-        }
-        if (!matched)
-            return false;
-        slash = next;
-    }
-    return true;
+    return webstep::script_internal::ReadOptionSuffixes(name, options, 2, bits);
 }
 
 }  // namespace

@@ -42,14 +42,9 @@ bool CWebParseRegSaveParamEx::__ParseArguments() {
     ExtendedCall call;
     if (!ReadExtendedCall(grammar, call))
         return false;
-    CWebStepRegSaveParamEx* step = ExtendedStep<CWebStepRegSaveParamEx>();
+    CWebStepRegSaveParamEx* step = FillSavingRule<CWebStepRegSaveParamEx>(grammar, call);
     if (step == nullptr)
         return true;
-    CopyExtendedAttributes(grammar, call.attributes, step->GetAttributes());
-    step->GetSearchFilters() = call.filters;
-    MString name;
-    call.attributes.GetAttribute("ParamName", name);
-    step->SetParamName(name.c_str());
     step->SetLeftBoundFlags(call.leftFlags);
     step->SetRightBoundFlags(call.rightFlags);
     return true;
@@ -83,14 +78,7 @@ bool CWebParseRegSaveParamRegexp::__ParseArguments() {
                      nullptr);
         return false;
     }
-    CWebStepRegSaveParamRegexp* step = ExtendedStep<CWebStepRegSaveParamRegexp>();
-    if (step == nullptr)
-        return true;
-    CopyExtendedAttributes(grammar, call.attributes, step->GetAttributes());
-    step->GetSearchFilters() = call.filters;
-    MString name;
-    call.attributes.GetAttribute("ParamName", name);
-    step->SetParamName(name.c_str());
+    FillSavingRule<CWebStepRegSaveParamRegexp>(grammar, call);
     return true;
 }
 
@@ -118,14 +106,7 @@ bool CWebParseRegSaveParamJson::__ParseArguments() {
                      nullptr);
         return false;
     }
-    CWebStepRegSaveParamJson* step = ExtendedStep<CWebStepRegSaveParamJson>();
-    if (step == nullptr)
-        return true;
-    CopyExtendedAttributes(grammar, call.attributes, step->GetAttributes());
-    step->GetSearchFilters() = call.filters;
-    MString name;
-    call.attributes.GetAttribute("ParamName", name);
-    step->SetParamName(name.c_str());
+    FillSavingRule<CWebStepRegSaveParamJson>(grammar, call);
     return true;
 }
 
@@ -148,14 +129,7 @@ bool CWebParseRegSaveParamXpath::__ParseArguments() {
     ExtendedCall call;
     if (!ReadExtendedCall(grammar, call))
         return false;
-    CWebStepRegSaveParamXpath* step = ExtendedStep<CWebStepRegSaveParamXpath>();
-    if (step == nullptr)
-        return true;
-    CopyExtendedAttributes(grammar, call.attributes, step->GetAttributes());
-    step->GetSearchFilters() = call.filters;
-    MString name;
-    call.attributes.GetAttribute("ParamName", name);
-    step->SetParamName(name.c_str());
+    FillSavingRule<CWebStepRegSaveParamXpath>(grammar, call);
     return true;
 }
 
@@ -177,13 +151,6 @@ bool CWebParseRegSaveParamAttrib::__ParseArguments() {
     ExtendedCall call;
     if (!ReadExtendedCall(grammar, call))
         return false;
-    CWebStepRegSaveParamAttrib* step = ExtendedStep<CWebStepRegSaveParamAttrib>();
-    if (step == nullptr)
-        return true;
-    CopyExtendedAttributes(grammar, call.attributes, step->GetAttributes());
-    step->GetSearchFilters() = call.filters;
-    MString name;
-    call.attributes.GetAttribute("ParamName", name);
-    step->SetParamName(name.c_str());
+    FillSavingRule<CWebStepRegSaveParamAttrib>(grammar, call);
     return true;
 }

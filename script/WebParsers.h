@@ -158,6 +158,20 @@ protected:
     /// names lose their options (kept as flags), so "LB/IC" is stored as "LB".
     void CopyExtendedAttributes(const ExtendedGrammar& grammar, const CAttributeSet& from,
                                 CAttributeSet& to);
+    /// The saving-rule step to fill (see ExtendedStep), given the call's
+    /// attributes, search filters and parameter name; null when there is none.
+    template <class Step>
+    Step* FillSavingRule(const ExtendedGrammar& grammar, ExtendedCall& call) {
+        Step* step = ExtendedStep<Step>();
+        if (step == nullptr)
+            return nullptr;
+        CopyExtendedAttributes(grammar, call.attributes, step->GetAttributes());
+        step->GetSearchFilters() = call.filters;
+        MString name;
+        call.attributes.GetAttribute("ParamName", name);
+        step->SetParamName(name.c_str());
+        return step;
+    }
 
 private:
     bool ReadExtendedArguments(const ExtendedGrammar& grammar, ExtendedCall& call);
