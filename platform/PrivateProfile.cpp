@@ -458,6 +458,81 @@ Line MakeLine(const std::string& text, const std::string& ending) {
     return line;
 }
 
+// Applies one key write (see WritePrivateProfileStringA) to the profile in
+// memory; true when the file's content changed.
+bool ApplyWrite(Profile& profile, LPCSTR section, LPCSTR key, LPCSTR value) {
+    const std::string sectionName = Trim(section);
+    const std::string ending = profile.LineEnding();
+    bool changed = false;
+
+    if (key == nullptr) {
+        while (const SectionRange* range = profile.FindSection(sectionName)) {
+            EraseSection(profile, *range);
+            changed = true;
+        }
+    } else {
+        const std::string keyName = Trim(key);
+        const SectionRange* range = profile.FindSection(sectionName);
+        const long index = range != nullptr ? profile.FindKey(*range, keyName) : -1;
+        if (value == nullptr) {
+            if (index >= 0) {
+                profile.lines.erase(profile.lines.begin() + index);
+                changed = true;
+            }
+        } else if (index >= 0) {
+            Line& line = profile.lines[static_cast<std::size_t>(index)];
+            line = MakeLine(line.name + "=" + value,
+                            line.ending.empty() ? std::string() : line.ending);
+            changed = true;
+        } else {
+            const std::string text = keyName + "=" + value;
+            if (range != nullptr) {
+                // After the last non-blank line of the section, so that blank
+                // separator lines stay before the next section.
+                std::size_t at = range->first;
+                for (std::size_t i = range->first; i < range->end; ++i) {
+                    if (profile.lines[i].kind != LineKind::Blank) {
+                        at = i + 1;
+                    }
+                }
+                if (at > 0 && profile.lines[at - 1].ending.empty()) {
+                    profile.lines[at - 1].ending = ending;
+                }
+                profile.lines.insert(profile.lines.begin() + static_cast<long>(at),
+                                     MakeLine(text, ending));
+            } else if (sectionName.empty()) {
+                // Keys of the section "" are those before the first header.
+                profile.lines.insert(profile.lines.begin(), MakeLine(text, ending));
+            } else {
+                if (!profile.lines.empty() && profile.lines.back().ending.empty()) {
+                    if (profile.lines.back().text.empty()) {
+                        profile.lines.pop_back();
+                    } else {
+                        profile.lines.back().ending = ending;
+                    }
+                }
+                profile.lines.push_back(MakeLine("[" + sectionName + "]", ending));
+                profile.lines.push_back(MakeLine(text, ending));
+            }
+            changed = true;
+        }
+    }
+    return changed;
+}
+
+// Reads the file for a write; false (with the last error set) when it exists
+// but cannot be read. A missing file reads as empty.
+bool LoadForWrite(LPCSTR fileName, Profile& profile) {
+    std::string content;
+    DWORD error = 0;
+    if (ReadFile(fileName, content, error) == ReadResult::Failed) {
+        SetLastError(error);
+        return false;
+    }
+    profile.Parse(content);
+    return true;
+}
+
 }  // namespace
 
 DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue, LPSTR buffer,
@@ -563,69 +638,39 @@ BOOL WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value, LPCSTR
         return 0;
     }
     std::lock_guard<std::mutex> lock(WriteMutex());
-    std::string content;
-    DWORD error = 0;
-    const ReadResult read = ReadFile(fileName, content, error);
-    if (read == ReadResult::Failed) {
-        SetLastError(error);
+    Profile profile;
+    if (!LoadForWrite(fileName, profile)) {
         return 0;
     }
-    Profile profile;
-    profile.Parse(content);
-    const std::string sectionName = Trim(section);
-    const std::string ending = profile.LineEnding();
-    bool changed = false;
+    if (!ApplyWrite(profile, section, key, value)) {
+        return 1;
+    }
+    return ReplaceFile(fileName, profile.Serialize()) ? 1 : 0;
+}
 
-    if (key == nullptr) {
-        while (const SectionRange* range = profile.FindSection(sectionName)) {
-            EraseSection(profile, *range);
+BOOL WritePrivateProfileStringsA(LPCSTR section, const LPCSTR* keys, const LPCSTR* values,
+                                 DWORD count, LPCSTR fileName) {
+    if (section == nullptr) {
+        SetLastError(ERROR_FILE_NOT_FOUND);
+        return 0;
+    }
+    if (fileName == nullptr || *fileName == '\0' ||
+        (count > 0 && (keys == nullptr || values == nullptr))) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    std::lock_guard<std::mutex> lock(WriteMutex());
+    Profile profile;
+    if (!LoadForWrite(fileName, profile)) {
+        return 0;
+    }
+    bool changed = false;
+    for (DWORD i = 0; i < count; ++i) {
+        if (ApplyWrite(profile, section, keys[i], values[i])) {
             changed = true;
-        }
-    } else {
-        const std::string keyName = Trim(key);
-        const SectionRange* range = profile.FindSection(sectionName);
-        const long index = range != nullptr ? profile.FindKey(*range, keyName) : -1;
-        if (value == nullptr) {
-            if (index >= 0) {
-                profile.lines.erase(profile.lines.begin() + index);
-                changed = true;
-            }
-        } else if (index >= 0) {
-            Line& line = profile.lines[static_cast<std::size_t>(index)];
-            line = MakeLine(line.name + "=" + value,
-                            line.ending.empty() ? std::string() : line.ending);
-            changed = true;
-        } else {
-            const std::string text = keyName + "=" + value;
-            if (range != nullptr) {
-                // After the last non-blank line of the section, so that blank
-                // separator lines stay before the next section.
-                std::size_t at = range->first;
-                for (std::size_t i = range->first; i < range->end; ++i) {
-                    if (profile.lines[i].kind != LineKind::Blank) {
-                        at = i + 1;
-                    }
-                }
-                if (at > 0 && profile.lines[at - 1].ending.empty()) {
-                    profile.lines[at - 1].ending = ending;
-                }
-                profile.lines.insert(profile.lines.begin() + static_cast<long>(at),
-                                     MakeLine(text, ending));
-            } else if (sectionName.empty()) {
-                // Keys of the section "" are those before the first header.
-                profile.lines.insert(profile.lines.begin(), MakeLine(text, ending));
-            } else {
-                if (!profile.lines.empty() && profile.lines.back().ending.empty()) {
-                    if (profile.lines.back().text.empty()) {
-                        profile.lines.pop_back();
-                    } else {
-                        profile.lines.back().ending = ending;
-                    }
-                }
-                profile.lines.push_back(MakeLine("[" + sectionName + "]", ending));
-                profile.lines.push_back(MakeLine(text, ending));
-            }
-            changed = true;
+            // Parsed again from its text, as the next single write would read
+            // the file back: the lines are then classified exactly as then.
+            profile.Parse(profile.Serialize());
         }
     }
     if (!changed) {

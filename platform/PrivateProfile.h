@@ -66,4 +66,17 @@ WEBSTEP_API UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultVa
 WEBSTEP_API BOOL WritePrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR value,
                                             LPCSTR fileName);
 
+/// Sets several keys of one section with a single replacement of the file:
+/// the pairs keys[i]/values[i] are applied in order, each exactly as
+/// WritePrivateProfileStringA would apply it (a NULL value deletes the key, a
+/// NULL key the section), so the file ends byte for byte as after count
+/// single writes - but the file holds either all of the changes or none of
+/// them. A NULL section fails with ERROR_FILE_NOT_FOUND; a missing file name,
+/// or null arrays with a count above 0, with ERROR_INVALID_PARAMETER. A count
+/// of 0, or changes that change nothing, succeed without touching the file.
+/// Returns nonzero on success; on failure the file is as it was and
+/// GetLastError() tells the cause.
+WEBSTEP_API BOOL WritePrivateProfileStringsA(LPCSTR section, const LPCSTR* keys,
+                                             const LPCSTR* values, DWORD count, LPCSTR fileName);
+
 }  // namespace webstep::platform

@@ -4,11 +4,13 @@
 
 #include <strings.h>
 
+#include <iterator>
 #include <string>
+#include <utility>
 
 using webstep::platform::GetPrivateProfileIntA;
 using webstep::platform::GetPrivateProfileStringA;
-using webstep::platform::WritePrivateProfileStringA;
+using webstep::platform::WritePrivateProfileStringsA;
 
 const char* const CRunTimeSettings::DefaultBrowserId = "Microsoft Internet Explorer 4.0";
 const char* const CRunTimeSettings::DefaultCustomAgent =
@@ -47,10 +49,6 @@ bool ReadBool(const char* key, const char* def, const MString& path) {
 
 int ReadInt(const char* key, const MString& path) {
     return static_cast<int>(GetPrivateProfileIntA(kSection, key, 0, path.c_str()));
-}
-
-void Write(const char* key, const MString& value, const MString& path) {
-    WritePrivateProfileStringA(kSection, key, value.c_str(), path.c_str());
 }
 
 const char* OneZero(bool value) {
@@ -160,34 +158,52 @@ void CRunTimeSettings::SetDefaults() {
     m_utf8InputOutput = false;
 }
 
-void CRunTimeSettings::SaveToFile(MString path) const {
+bool CRunTimeSettings::TrySaveToFile(MString path) const {
     const CProxyInfo& proxy = m_proxyInfo;
-    Write("BrowserType", m_browserId, path);
-    Write("HttpVer", m_httpVer, path);
-    Write("CustomUserAgent", m_customAgent, path);
-    Write("ResetContext", m_resetContext ? "True" : "False", path);
-    Write("UseCustomAgent", OneZero(m_useCustomAgent), path);
-    Write("KeepAlive", m_keepAlive ? "Yes" : "No", path);
-    Write("EnableChecks", OneZero(m_enableChecks), path);
-    Write("AnalogMode", m_analogMode ? (m_isDIL ? "2" : "1") : "0", path);
-    Write("ProxyUseBrowser", OneZero(m_proxyUseBrowser), path);
-    Write("ProxyUseProxy", OneZero(proxy.GetUseProxyServer() || proxy.GetUseAutoConfigScript()),
-          path);
-    Write("ProxyHTTPHost", proxy.GetHTTPHost(), path);
-    Write("ProxyHTTPSHost", proxy.GetHTTPSHost(), path);
-    Write("ProxyHTTPPort", std::to_string(static_cast<int>(proxy.GetHTTPPort())), path);
-    Write("ProxyHTTPSPort", std::to_string(static_cast<int>(proxy.GetHTTPSPort())), path);
-    Write("ProxyUseSame", OneZero(proxy.GetUseSameForAll() != 0), path);
-    Write("ProxyNoLocal", OneZero(proxy.GetDontUseForLocal() != 0), path);
-    Write("ProxyBypass", proxy.GetBypass(), path);
-    Write("ProxyUserName", proxy.GetUserNameA(), path);
-    Write("ProxyPassword", proxy.GetPassword(), path);
-    Write("ProxyUseAutoConfigScript", OneZero(proxy.GetUseAutoConfigScript() != 0), path);
-    Write("ProxyAutoConfigScriptURL", proxy.GetAutoConfigScriptURL(), path);
-    Write("ProxyUseProxyServer", OneZero(proxy.GetUseProxyServer() != 0), path);
-    Write("WebRecorderVersion", std::to_string(static_cast<int>(m_recorderVersion)), path);
-    Write("SaveSnapshotResources", OneZero(m_saveSnapshotResources), path);
-    Write("UTF8InputOutput", OneZero(m_utf8InputOutput), path);
+    // All keys go into the file's content in memory and the file is replaced
+    // once, so a failure part way leaves the previous file, never a mix of
+    // old and new keys. The result is the same file as writing the keys one
+    // by one, in the order below.
+    const std::pair<const char*, std::string> entries[] = {
+        {"BrowserType", m_browserId},
+        {"HttpVer", m_httpVer},
+        {"CustomUserAgent", m_customAgent},
+        {"ResetContext", m_resetContext ? "True" : "False"},
+        {"UseCustomAgent", OneZero(m_useCustomAgent)},
+        {"KeepAlive", m_keepAlive ? "Yes" : "No"},
+        {"EnableChecks", OneZero(m_enableChecks)},
+        {"AnalogMode", m_analogMode ? (m_isDIL ? "2" : "1") : "0"},
+        {"ProxyUseBrowser", OneZero(m_proxyUseBrowser)},
+        {"ProxyUseProxy", OneZero(proxy.GetUseProxyServer() || proxy.GetUseAutoConfigScript())},
+        {"ProxyHTTPHost", proxy.GetHTTPHost()},
+        {"ProxyHTTPSHost", proxy.GetHTTPSHost()},
+        {"ProxyHTTPPort", std::to_string(static_cast<int>(proxy.GetHTTPPort()))},
+        {"ProxyHTTPSPort", std::to_string(static_cast<int>(proxy.GetHTTPSPort()))},
+        {"ProxyUseSame", OneZero(proxy.GetUseSameForAll() != 0)},
+        {"ProxyNoLocal", OneZero(proxy.GetDontUseForLocal() != 0)},
+        {"ProxyBypass", proxy.GetBypass()},
+        {"ProxyUserName", proxy.GetUserNameA()},
+        {"ProxyPassword", proxy.GetPassword()},
+        {"ProxyUseAutoConfigScript", OneZero(proxy.GetUseAutoConfigScript() != 0)},
+        {"ProxyAutoConfigScriptURL", proxy.GetAutoConfigScriptURL()},
+        {"ProxyUseProxyServer", OneZero(proxy.GetUseProxyServer() != 0)},
+        {"WebRecorderVersion", std::to_string(static_cast<int>(m_recorderVersion))},
+        {"SaveSnapshotResources", OneZero(m_saveSnapshotResources)},
+        {"UTF8InputOutput", OneZero(m_utf8InputOutput)},
+    };
+    const char* keys[std::size(entries)];
+    const char* values[std::size(entries)];
+    for (std::size_t i = 0; i < std::size(entries); ++i) {
+        keys[i] = entries[i].first;
+        values[i] = entries[i].second.c_str();
+    }
+    return WritePrivateProfileStringsA(kSection, keys, values,
+                                       static_cast<webstep::platform::DWORD>(std::size(entries)),
+                                       path.c_str()) != 0;
+}
+
+void CRunTimeSettings::SaveToFile(MString path) const {
+    (void)TrySaveToFile(std::move(path));
 }
 
 void CRunTimeSettings::ReadFromFile(MString path) {

@@ -9,7 +9,8 @@
 /// defaults. Setters of constrained values (browser id, HTTP version) return
 /// false and keep the old value for a value outside their set; the others
 /// always return true. ReadFromFile never fails: what is missing or unreadable
-/// keeps its default. SaveToFile rewrites the "WEB" section only.
+/// keeps its default. SaveToFile rewrites the "WEB" section only;
+/// TrySaveToFile does the same and reports a failed write.
 class WEBSTEP_API CRunTimeSettings {
 public:
     CRunTimeSettings();
@@ -61,8 +62,13 @@ public:
 
     /// Neither reports failure: a missing file or key gives the defaults, and
     /// failed writes are ignored. The recorder version is written but never
-    /// read back.
+    /// read back. The save replaces the file once with all keys set, so it
+    /// holds either every new value or the previous content.
     void SaveToFile(MString path) const;
+    /// SaveToFile for callers that want to know: false when the file could not
+    /// be written (it then keeps its previous content, and the platform's
+    /// GetLastError() tells the cause), true otherwise.
+    bool TrySaveToFile(MString path) const;
     void ReadFromFile(MString path);
 
     static const char* const DefaultBrowserId;
