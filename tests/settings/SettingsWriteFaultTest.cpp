@@ -207,6 +207,9 @@ TEST(SettingsWriteFault, SettingsAndRegistryOnAFilledDiskKeepTheirOldContent) {
         if (wp::GetLastError() == 0)
             return 2;
         ChangedSettings().SaveToFile(settings);
+        wp::SetLastError(0);
+        if (ChangedSettings().TrySaveToFile(settings) || wp::GetLastError() == 0)
+            return 7;
         if (wp::RegistrySetString(kKey, "Browser", std::string(1024, 'c').c_str()))
             return 3;
         if (Contents(settings) != kSettings)
@@ -218,7 +221,82 @@ TEST(SettingsWriteFault, SettingsAndRegistryOnAFilledDiskKeepTheirOldContent) {
     });
     if (outcome == kNoSmallDisk)
         GTEST_SKIP() << "a tmpfs cannot be mounted here; the file-size limit tests cover the case";
-    EXPECT_EQ(outcome, 0) << "1: a write succeeded, 2: no error recorded, 3: registry write "
-                             "succeeded, 4/5: old content changed, 6: a temporary file was left, "
-                             "10/11: set-up failed";
+    EXPECT_EQ(outcome, 0)
+        << "1: a write succeeded, 2: no error recorded, 3: registry write "
+           "succeeded, 4/5: old content changed, 6: a temporary file was left, "
+           "7: the settings save reported success or no error, 10/11: set-up failed";
+}
+
+// A limit between the old and the new size lets the first keys of a key by
+// key save through and stops a later one: the save as a whole must not.
+TEST(SettingsWriteFault, SaveStoppedPartWayLeavesTheOldFileByteForByteAndSaysSo) {
+    ScratchDir dir;
+    const std::string path = dir.File("default.cfg");
+    const std::string keyByKey = dir.File("keybykey.cfg");
+    ScratchDir::Write(path, kSettings);
+    ScratchDir::Write(keyByKey, kSettings);
+    const CRunTimeSettings settings = ChangedSettings();
+    const std::string limitText = std::string(kSettings) + std::string(200, 'x');
+    {
+        FileSizeLimit full(limitText.size());
+        ASSERT_TRUE(full.ok());
+        // What writing the keys one by one would leave: some new, some old.
+        EXPECT_TRUE(wp::WritePrivateProfileStringA("WEB", "BrowserType", "Netscape Navigator 2.0",
+                                                   keyByKey.c_str()));
+        EXPECT_FALSE(wp::WritePrivateProfileStringA(
+            "WEB", "CustomUserAgent", settings.GetCustomAgent().c_str(), keyByKey.c_str()));
+        wp::SetLastError(0);
+        EXPECT_FALSE(settings.TrySaveToFile(path));
+        EXPECT_EQ(wp::GetLastError(), 5u) << "a refused write is reported as access denied";
+    }
+    EXPECT_NE(Contents(keyByKey), kSettings)
+        << "the limit let no key through: the case is not tested";
+    EXPECT_EQ(Contents(path), kSettings);
+    EXPECT_EQ(FileCount(dir.path()), 2) << "a temporary file was left";
+    EXPECT_TRUE(settings.TrySaveToFile(path));
+    CRunTimeSettings read;
+    read.ReadFromFile(path);
+    EXPECT_EQ(read.GetHttpVer(), "1.1");
+    EXPECT_FALSE(read.GetKeepAlive());
+    EXPECT_TRUE(read.GetUseCustomAgent());
+}
+
+TEST(SettingsWriteFault, SaveIntoAFolderThatTakesNoNewFileReportsAccessDenied) {
+    ScratchDir dir;
+    const std::string path = LockedFolderWith(dir, "default.cfg", kSettings);
+    const int outcome = AsUnprivileged([&] {
+        wp::SetLastError(0);
+        if (ChangedSettings().TrySaveToFile(path))
+            return 1;
+        return wp::GetLastError() == 5u ? 0 : 2;
+    });
+    ::chmod((dir.File("locked")).c_str(), 0755);
+    ASSERT_EQ(outcome, 0) << "1: the save succeeded, 2: another error than access denied";
+    EXPECT_EQ(Contents(path), kSettings);
+    EXPECT_EQ(FileCount(dir.File("locked")), 1);
+}
+
+TEST(SettingsWriteFault, SaveOverSomethingThatIsNotAFileFailsAndLeavesIt) {
+    ScratchDir dir;
+    const std::string folder = dir.File("default.cfg");
+    std::filesystem::create_directories(folder);
+    ScratchDir::Write(folder + "/inside", "kept");
+    wp::SetLastError(0);
+    EXPECT_FALSE(ChangedSettings().TrySaveToFile(folder));
+    EXPECT_EQ(wp::GetLastError(), 5u);
+    ASSERT_TRUE(std::filesystem::is_directory(folder));
+    EXPECT_EQ(Contents(folder + "/inside"), "kept");
+    EXPECT_EQ(FileCount(dir.path()), 1);
+}
+
+TEST(SettingsWriteFault, SaveIntoAMissingFolderReportsPathNotFound) {
+    ScratchDir dir;
+    const std::string path = dir.File("absent/default.cfg");
+    wp::SetLastError(0);
+    EXPECT_FALSE(ChangedSettings().TrySaveToFile(path));
+    EXPECT_EQ(wp::GetLastError(), 3u);
+    EXPECT_FALSE(std::filesystem::exists(dir.File("absent")));
+    // The old form still saves quietly.
+    ChangedSettings().SaveToFile(path);
+    EXPECT_EQ(FileCount(dir.path()), 0);
 }
