@@ -181,15 +181,31 @@ void CURLParser::Clear() {
     TheInternetSchemeMap();
     m_valid = 0;
     m_scheme = InternetSchemeMap::m_SchemeDescrArray;
-    m_host.clear();
     m_port = 0;
-    m_userName.clear();
-    m_password.clear();
-    m_path.clear();
-    m_file.clear();
-    m_extraInfo.clear();
+    m_buf.clear();
+    m_userPart = m_passwordPart = m_hostPart = m_pathPart = m_filePart = m_extraPart = PartRange{};
     m_explicitPort = false;
     m_plain = false;
+}
+
+void CURLParser::SetParts(std::string_view user, std::string_view password, std::string_view host,
+                          std::string_view path, std::string_view file, std::string_view extra) {
+    // The parts may come from m_buf itself, so they are joined in a new buffer.
+    MString buf;
+    buf.reserve(user.size() + password.size() + host.size() + path.size() + file.size() +
+                extra.size());
+    auto add = [&buf](std::string_view piece, PartRange& range) {
+        range.off = static_cast<std::uint32_t>(buf.size());
+        range.len = static_cast<std::uint32_t>(piece.size());
+        buf.append(piece);
+    };
+    add(user, m_userPart);
+    add(password, m_passwordPart);
+    add(host, m_hostPart);
+    add(path, m_pathPart);
+    add(file, m_filePart);
+    add(extra, m_extraPart);
+    m_buf.swap(buf);
 }
 
 int CURLParser::Create(const CURLParser& base, const char* url) {
@@ -272,13 +288,18 @@ bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText
             static_cast<const char*>(memrchr(data + hostEnd, '/', extraStart - hostEnd)) - data) +
         1;
     m_scheme = TheInternetSchemeMap().GetDescr(schemeLength == 7 ? 3L : 4L);
-    m_host.assign(text.data() + schemeLength, hostEnd - schemeLength);
     m_port = m_scheme->defaultPort;
-    m_userName.clear();
-    m_password.clear();
-    m_path.assign(text.data() + hostEnd, fileStart - hostEnd);
-    m_file.assign(text.data() + fileStart, extraStart - fileStart);
-    m_extraInfo.assign(text.data() + extraStart, n - extraStart);
+    // Host, path, file and extra information follow each other in the text:
+    // one copy holds them all.
+    m_buf.assign(text.data() + schemeLength, n - schemeLength);
+    const auto at = [schemeLength](std::size_t k) {
+        return static_cast<std::uint32_t>(k - schemeLength);
+    };
+    m_userPart = m_passwordPart = PartRange{};
+    m_hostPart = PartRange{0, at(hostEnd)};
+    m_pathPart = PartRange{at(hostEnd), static_cast<std::uint32_t>(fileStart - hostEnd)};
+    m_filePart = PartRange{at(fileStart), static_cast<std::uint32_t>(extraStart - fileStart)};
+    m_extraPart = PartRange{at(extraStart), static_cast<std::uint32_t>(n - extraStart)};
     // The same plain substring test as the general way.
     m_explicitPort = std::strstr(portSearchText, schemeLength == 7 ? ":80" : ":443") != nullptr;
     m_valid = 1;
@@ -290,12 +311,14 @@ bool CURLParser::HasSimpleBase() const {
     if (!m_valid || (m_scheme != TheInternetSchemeMap().GetDescr(3L) &&
                      m_scheme != TheInternetSchemeMap().GetDescr(4L)))
         return false;
-    if (m_host.empty() || !IsDefaultPort() || m_path.empty() || m_path[0] != '/')
+    const std::string_view host = Part(m_hostPart);
+    const std::string_view path = Part(m_pathPart);
+    if (host.empty() || !IsDefaultPort() || path.empty() || path[0] != '/')
         return false;
-    for (char c : m_host)
+    for (char c : host)
         if (!IsPlainHostByte(static_cast<unsigned char>(c)))
             return false;
-    auto plain = [](const MString& s, char before) {
+    auto plain = [](std::string_view s, char before) {
         for (char c : s) {
             if (!IsPlainPathByte(static_cast<unsigned char>(c)) || c == '?' || c == '#' ||
                 (c == '.' && before == '/'))
@@ -304,9 +327,9 @@ bool CURLParser::HasSimpleBase() const {
         }
         return true;
     };
-    if (!plain(m_path, 0) || !plain(m_file, m_path.back()))
+    if (!plain(path, 0) || !plain(Part(m_filePart), path.back()))
         return false;
-    for (char c : m_extraInfo)
+    for (char c : Part(m_extraPart))
         if (static_cast<unsigned char>(c) <= 0x20)
             return false;
     return true;
@@ -337,18 +360,21 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
             return TakeSimpleURL(rel, url);
         }
     }
-    text.assign(base.m_scheme->name).append(base.m_scheme->separator).append(base.m_host);
+    text.assign(base.m_scheme->name)
+        .append(base.m_scheme->separator)
+        .append(base.Part(base.m_hostPart));
     if (rel[0] == '#') {
         // The base without its fragment, then the new fragment.
-        text.append(base.m_path).append(base.m_file);
-        text.append(base.m_extraInfo, 0, base.m_extraInfo.find('#'));
+        const std::string_view extra = base.Part(base.m_extraPart);
+        text.append(base.Part(base.m_pathPart)).append(base.Part(base.m_filePart));
+        text.append(extra.substr(0, extra.find('#')));
         text.append(rel);
     } else if (rel[0] == '/') {
         if (rel.size() >= 2 && (rel[1] == '/' || rel[1] == '\\'))
             return false;
         text.append(rel);
     } else {
-        text.append(base.m_path).append(rel);
+        text.append(base.Part(base.m_pathPart)).append(rel);
     }
     return TakeSimpleURL(text, text.c_str());
 }
@@ -402,9 +428,10 @@ int CURLParser::CreateFromURLComponents(const URL_COMPONENTSA& c) {
         return p != nullptr && n != 0 ? MString(p, n) : MString();
     };
     m_scheme = TheInternetSchemeMap().GetDescr(piece(c.lpszScheme, c.dwSchemeLength).c_str());
-    m_host = piece(c.lpszHostName, c.dwHostNameLength);
-    m_userName = piece(c.lpszUserName, c.dwUserNameLength);
-    m_password = piece(c.lpszPassword, c.dwPasswordLength);
+    const MString host = piece(c.lpszHostName, c.dwHostNameLength);
+    const MString userName = piece(c.lpszUserName, c.dwUserNameLength);
+    const MString password = piece(c.lpszPassword, c.dwPasswordLength);
+    std::string_view path, file;
     m_port = c.nPort != 0 ? c.nPort : m_scheme->defaultPort;
     MString urlPath = piece(c.lpszUrlPath, c.dwUrlPathLength);
     if (!urlPath.empty()) {
@@ -428,10 +455,10 @@ int CURLParser::CreateFromURLComponents(const URL_COMPONENTSA& c) {
                          urlPath[1] == ':';
             cut = drive ? 2 : 0;
         }
-        m_path = urlPath.substr(0, cut);
-        m_file = urlPath.substr(cut);
+        path = std::string_view(urlPath).substr(0, cut);
+        file = std::string_view(urlPath).substr(cut);
     }
-    m_extraInfo = piece(c.lpszExtraInfo, c.dwExtraInfoLength);
+    SetParts(userName, password, host, path, file, piece(c.lpszExtraInfo, c.dwExtraInfoLength));
     return 1;
 }
 
@@ -569,22 +596,22 @@ MString CURLParser::GetProtocol() const {
     return m_valid ? m_scheme->name : MString();
 }
 MString CURLParser::GetHost() const {
-    return m_valid ? m_host : MString();
+    return m_valid ? MString(Part(m_hostPart)) : MString();
 }
 MString CURLParser::GetMail() const {
-    return m_valid ? m_userName : MString();
+    return m_valid ? MString(Part(m_userPart)) : MString();
 }
 MString CURLParser::GetUserNameA() const {
-    return m_valid ? m_userName : MString();
+    return m_valid ? MString(Part(m_userPart)) : MString();
 }
 MString CURLParser::GetPassword() const {
-    return m_valid ? m_password : MString();
+    return m_valid ? MString(Part(m_passwordPart)) : MString();
 }
 MString CURLParser::GetPath() const {
-    return m_valid ? m_path : MString();
+    return m_valid ? MString(Part(m_pathPart)) : MString();
 }
 MString CURLParser::GetFile() const {
-    return m_valid ? m_file : MString();
+    return m_valid ? MString(Part(m_filePart)) : MString();
 }
 unsigned int CURLParser::GetPortInt() const {
     return m_valid ? m_port : 0u;
@@ -600,13 +627,16 @@ bool CURLParser::IsDefaultPort() const {
 MString CURLParser::GetServer() const {
     if (!m_valid)
         return MString();
-    return IsDefaultPort() ? m_host : m_host + ":" + std::to_string(m_port);
+    MString server(Part(m_hostPart));
+    if (!IsDefaultPort())
+        server.append(1, ':').append(std::to_string(m_port));
+    return server;
 }
 
 void CURLParser::DivideExtra(std::string_view* search, std::string_view* label) const {
     *search = std::string_view();
     *label = std::string_view();
-    const std::string_view extra(m_extraInfo);
+    const std::string_view extra = Part(m_extraPart);
     if (extra.empty())
         return;
     if (extra[0] == '#') {
@@ -643,36 +673,55 @@ MString CURLParser::GetLabel() const {
     return MString(label);
 }
 
+MString CURLParser::FullPath() const {
+    const std::string_view path = Part(m_pathPart);
+    const std::string_view file = Part(m_filePart);
+    MString text;
+    text.reserve(path.size() + file.size() + m_extraPart.len + 2);
+    text.append(path).append(file);
+    return text;
+}
+
 MString CURLParser::GetFullPath() const {
-    return m_valid ? m_path + m_file : MString();
+    return m_valid ? FullPath() : MString();
 }
 
 MString CURLParser::GetFullPathWithLabel() const {
     if (!m_valid)
         return MString();
-    MString label = GetLabel();
-    return label.empty() ? m_path + m_file : m_path + m_file + "#" + label;
+    std::string_view search, label;
+    DivideExtra(&search, &label);
+    MString text = FullPath();
+    if (!label.empty())
+        text.append(1, '#').append(label);
+    return text;
 }
 
 MString CURLParser::GetFullPathWithSearch() const {
     if (!m_valid)
         return MString();
     // Any extra information gives a "?", even one holding only a label.
-    return m_extraInfo.empty() ? m_path + m_file : m_path + m_file + "?" + GetSearch();
+    MString text = FullPath();
+    if (m_extraPart.len != 0) {
+        std::string_view search, label;
+        DivideExtra(&search, &label);
+        text.append(1, '?').append(search);
+    }
+    return text;
 }
 
 MString CURLParser::GetFullPathWithLabelAndSearch() const {
     if (!m_valid)
         return MString();
-    MString search, label;
+    std::string_view search, label;
     DivideExtra(&search, &label);
-    MString text = m_path + m_file;
+    MString text = FullPath();
     if (!search.empty())
-        text += "?" + search;
-    else if (m_extraInfo == "?")
+        text.append(1, '?').append(search);
+    else if (Part(m_extraPart) == "?")
         text += "?";
     if (!label.empty())
-        text += "#" + label;
+        text.append(1, '#').append(label);
     return text;
 }
 
@@ -702,12 +751,12 @@ bool CURLParser::IsWellKnownScheme() const {
 }
 
 int CURLParser::EstimateStringRepSize(int options) const {
-    std::size_t size = m_scheme->name.size() + m_host.size() + 10;
+    std::size_t size = m_scheme->name.size() + m_hostPart.len + 10;
     if (options & USERINFO)
-        size += m_userName.size() + m_password.size() + 2;
-    size += m_path.size() + m_file.size() + 1;
+        size += m_userPart.len + m_passwordPart.len + 2;
+    size += m_pathPart.len + m_filePart.len + 1;
     if (options & (LABEL | SEARCH))
-        size += m_extraInfo.size();
+        size += m_extraPart.len;
     return static_cast<int>(size);
 }
 
@@ -716,29 +765,33 @@ int CURLParser::ToStringRep(MString& text, int options) const {
     text.reserve(static_cast<std::size_t>(EstimateStringRepSize(options)));
     text += m_scheme->name;
     text += m_scheme->separator;
-    if ((options & USERINFO) && !m_userName.empty()) {
-        text += m_userName;
-        if (!m_password.empty())
-            text += ":" + m_password;
+    const std::string_view user = Part(m_userPart);
+    const std::string_view password = Part(m_passwordPart);
+    const std::string_view host = Part(m_hostPart);
+    const std::string_view extra = Part(m_extraPart);
+    if ((options & USERINFO) && !user.empty()) {
+        text += user;
+        if (!password.empty())
+            text.append(1, ':').append(password);
         text += "@";
     }
-    if (!m_host.empty()) {
-        text += m_host;
+    if (!host.empty()) {
+        text += host;
         if (!IsDefaultPort())
             text += ":" + std::to_string(m_port);
     }
-    text += m_path;
-    text += m_file;
-    if (!m_extraInfo.empty()) {
+    // Path and file follow each other in the buffer.
+    text.append(m_buf.data() + m_pathPart.off, m_pathPart.len + m_filePart.len);
+    if (!extra.empty()) {
         if ((options & LABEL) && (options & SEARCH)) {
-            text += m_extraInfo;
+            text += extra;
         } else if (options & (LABEL | SEARCH)) {
             std::string_view search, label;
             DivideExtra(&search, &label);
             // With the label option alone a label suppresses the search.
             if ((options & LABEL) && !label.empty())
                 text.append(1, '#').append(label);
-            else if (m_extraInfo[0] == '?')
+            else if (extra[0] == '?')
                 text.append(1, '?').append(search);
         }
     }
@@ -748,19 +801,20 @@ int CURLParser::ToStringRep(MString& text, int options) const {
 MString CURLParser::GetSimplifiedHost() const {
     if (!m_valid)
         return MString();
-    if (m_host.empty())
+    const MString host(Part(m_hostPart));
+    if (host.empty())
         return m_scheme->name;
     std::vector<MString> labels;
     std::size_t start = 0;
     while (true) {
-        std::size_t dot = m_host.find('.', start);
-        labels.push_back(m_host.substr(start, dot == MString::npos ? MString::npos : dot - start));
+        std::size_t dot = host.find('.', start);
+        labels.push_back(host.substr(start, dot == MString::npos ? MString::npos : dot - start));
         if (dot == MString::npos)
             break;
         start = dot + 1;
     }
     if (labels.size() < 2)
-        return m_host;
+        return host;
     auto generic = [](const MString& s) {
         static const char* const kGeneric[] = {"edu", "com", "mil", "net", "co",
                                                "ac",  "gov", "go",  "org"};

@@ -123,7 +123,7 @@ public:
     bool IsValid() const { return m_valid != 0; }
     bool IsWellKnownScheme() const;
     bool HasExplicitPort() const { return m_valid && m_explicitPort; }
-    MString GetExtraInfo() const { return m_valid ? m_extraInfo : MString(); }
+    MString GetExtraInfo() const { return m_valid ? MString(Part(m_extraPart)) : MString(); }
 
     /// Prints the URL with the given options into text (without user
     /// information unless USERINFO is set); returns its length.
@@ -154,16 +154,30 @@ private:
     // The search and label inside the extra information, without copies.
     void DivideExtra(std::string_view* search, std::string_view* label) const;
     bool IsDefaultPort() const;
+    // Path and file joined, with room for the extra information.
+    MString FullPath() const;
+
+    // A part of the URL: a range of m_buf.
+    struct PartRange {
+        std::uint32_t off = 0;
+        std::uint32_t len = 0;
+    };
+    std::string_view Part(PartRange r) const { return {m_buf.data() + r.off, r.len}; }
+    // Keeps the parts in one buffer (one allocation per URL) in the order
+    // user, password, host, path, file, extra information.
+    void SetParts(std::string_view user, std::string_view password, std::string_view host,
+                  std::string_view path, std::string_view file, std::string_view extra);
 
     int m_valid = 0;
     SchemeDescr* m_scheme = nullptr;
-    MString m_host;
     std::uint16_t m_port = 0;
-    MString m_userName;
-    MString m_password;
-    MString m_path;
-    MString m_file;
-    MString m_extraInfo;
+    MString m_buf;
+    PartRange m_userPart;
+    PartRange m_passwordPart;
+    PartRange m_hostPart;
+    PartRange m_pathPart;
+    PartRange m_filePart;
+    PartRange m_extraPart;
     bool m_explicitPort = false;
     // Taken apart by the one-pass path, so known to be a plain base.
     bool m_plain = false;

@@ -29,7 +29,11 @@ std::string Describe(const CURLParser& u) {
     out << u.IsValid() << '|' << u.GetProtocol() << '|' << u.GetHost() << '|' << u.GetPortInt()
         << '|' << u.HasExplicitPort() << '|' << u.GetUserNameA() << '|' << u.GetPassword() << '|'
         << u.GetPath() << '|' << u.GetFile() << '|' << u.GetExtraInfo() << '|'
-        << u.GetFullURLWithLabelAndSearch() << '|' << u.GetFullURL();
+        << u.GetFullURLWithLabelAndSearch() << '|' << u.GetFullURL() << '|'
+        << u.GetFullURLWithSearch() << '|' << u.GetServer() << '|' << u.GetSearch() << '|'
+        << u.GetLabel() << '|' << u.GetFullPath() << '|' << u.GetFullPathWithLabel() << '|'
+        << u.GetFullPathWithSearch() << '|' << u.GetFullPathWithLabelAndSearch() << '|'
+        << u.GetSimplifiedHost();
     return out.str();
 }
 
@@ -148,6 +152,25 @@ TEST(URLFastPath, ResolvingAgainstItselfGivesWhatTheGeneralWayGives) {
             general = Describe(u);
         }
         EXPECT_EQ(Describe(fast), general) << url;
+    }
+}
+
+// One parser object reused for URLs of both ways, and copies of it, read the
+// same parts as a fresh parser.
+TEST(URLFastPath, ReusedAndCopiedParsersKeepTheirParts) {
+    CURLParser reused;
+    for (const std::string& url : kLinks) {
+        for (const std::string& base : kBases) {
+            reused.CreateFromAbsoluteURL(base.c_str());
+            const CURLParser copy = reused;
+            reused.CreateFromAbsoluteURL(url.c_str());
+            EXPECT_EQ(Describe(reused), Describe(CURLParser(url.c_str()))) << url;
+            EXPECT_EQ(Describe(copy), Describe(CURLParser(base.c_str()))) << base;
+            CURLParser assigned;
+            assigned = copy;
+            assigned.CreateFromRelativeURL(assigned, url.c_str());
+            EXPECT_EQ(Describe(assigned), RelativeFast(base, url)) << base << " + " << url;
+        }
     }
 }
 
