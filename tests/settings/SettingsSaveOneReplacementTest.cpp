@@ -136,9 +136,15 @@ std::string WrittenKeyByKey(const ScratchDir& dir, const std::string& start, boo
 
 TEST(SettingsSaveOneReplacement, SavedFileIsByteForByteWhatKeyByKeyWritesGive) {
     ScratchDir dir;
-    for (const CRunTimeSettings& settings : {CRunTimeSettings(), ChangedSettings()}) {
+    // Every layout with changed settings; the defaults on the recorded file
+    // only (each key-by-key reference costs a synced write per key).
+    const std::pair<CRunTimeSettings, bool> cases[] = {{ChangedSettings(), false},
+                                                       {CRunTimeSettings(), true}};
+    for (const auto& [settings, recordedOnly] : cases) {
         const Pairs pairs = SettingsPairs(settings);
         for (const auto& [name, start] : StartingFiles()) {
+            if (recordedOnly && name != "recorded")
+                continue;
             const std::string expected = WrittenKeyByKey(dir, start, true, pairs);
             const std::string path = dir.File("whole.cfg");
             ScratchDir::Write(path, start);
