@@ -227,6 +227,34 @@ bool IsPlainHostByte(unsigned char c) {
            c != '#' && !(c >= 'A' && c <= 'Z');
 }
 
+// Looks for blanks and control bytes eight at a time (a bit trick on 64-bit
+// words, exact for "some byte of the word"), the tail byte by byte: a link
+// is short and this stops at the first blank.
+constexpr std::uint64_t kOnes = ~std::uint64_t{0} / 255;
+constexpr std::uint64_t kHighs = kOnes * 0x80;
+
+std::uint64_t LoadWord(const char* p) {
+    std::uint64_t word;
+    std::memcpy(&word, p, sizeof word);
+    return word;
+}
+
+// Some byte of the word is below n (n <= 128).
+constexpr std::uint64_t AnyBelow(std::uint64_t x, std::uint64_t n) {
+    return (x - kOnes * n) & ~x & kHighs;
+}
+
+bool HasBlank(const char* p, std::size_t n) {
+    std::size_t k = 0;
+    for (; k + 8 <= n; k += 8)
+        if (AnyBelow(LoadWord(p + k), 0x21))
+            return true;
+    for (; k < n; ++k)
+        if (static_cast<unsigned char>(p[k]) <= 0x20)
+            return true;
+    return false;
+}
+
 std::size_t WebSchemeLength(std::string_view text) {
     if (text.starts_with("http://"))
         return 7;
@@ -265,6 +293,7 @@ bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText
         query != nullptr  ? static_cast<std::size_t>(static_cast<const char*>(query) - data)
         : hash != nullptr ? static_cast<std::size_t>(static_cast<const char*>(hash) - data)
                           : n;
+    // Branch-free sweeps, which the compiler vectorizes.
     unsigned char bad = 0;
     for (std::size_t k = hostEnd; k < extraStart; ++k) {
         const unsigned char c = static_cast<unsigned char>(data[k]);
@@ -340,14 +369,9 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
         return false;
     const std::string_view rel(url);
     // Blanks and control characters are trimmed or removed by the general way.
-    std::size_t colon = MString::npos;
-    for (std::size_t k = 0; k < rel.size(); ++k) {
-        const unsigned char c = static_cast<unsigned char>(rel[k]);
-        if (c <= 0x20)
-            return false;
-        if (c == ':' && colon == MString::npos)
-            colon = k;
-    }
+    if (HasBlank(rel.data(), rel.size()))
+        return false;
+    const std::size_t colon = rel.find(':');
     // One text per thread, so that resolving allocates no scratch string.
     thread_local MString text;
     if (colon != MString::npos) {
