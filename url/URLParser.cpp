@@ -222,9 +222,34 @@ bool IsPlainPathByte(unsigned char c) {
 }
 
 // Host bytes that lower-casing, the port and the user information leave alone.
-bool IsPlainHostByte(unsigned char c) {
+constexpr bool IsPlainHostByte(unsigned char c) {
     return c > 0x20 && c < 0x7f && c != ':' && c != '@' && c != '\\' && c != '/' && c != '?' &&
            c != '#' && !(c >= 'A' && c <= 'Z');
+}
+
+// IsPlainHostByte as a table: the host is read a byte at a time.
+struct PlainHostBytes {
+    bool plain[256];
+    constexpr PlainHostBytes() : plain() {
+        for (int c = 0; c < 256; ++c)
+            plain[c] = IsPlainHostByte(static_cast<unsigned char>(c));
+    }
+};
+constexpr PlainHostBytes kPlainHostBytes;
+
+// The same answer as a substring search of the whole text for the port text
+// (":80" or ":443"), which cannot start inside the scheme ("http://" has its
+// colon before "//"); a byte search for the colons is cheaper than strstr.
+bool HasPortText(std::string_view text, std::size_t from, std::string_view port) {
+    const char* const data = text.data();
+    const std::size_t n = text.size();
+    for (const void* at = std::memchr(data + from, ':', n - from); at != nullptr;) {
+        const std::size_t k = static_cast<std::size_t>(static_cast<const char*>(at) - data);
+        if (text.substr(k, port.size()) == port)
+            return true;
+        at = std::memchr(data + k + 1, ':', n - k - 1);
+    }
+    return false;
 }
 
 // Looks for blanks and control bytes eight at a time (a bit trick on 64-bit
@@ -274,7 +299,7 @@ bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText
         return false;
     const std::size_t n = text.size();
     std::size_t i = schemeLength;
-    while (i < n && IsPlainHostByte(static_cast<unsigned char>(text[i])))
+    while (i < n && kPlainHostBytes.plain[static_cast<unsigned char>(text[i])])
         ++i;
     // The host must be followed by the path; "http://a?x" gains a "/" when
     // canonicalized, so it goes the general way.
@@ -330,7 +355,10 @@ bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText
     m_filePart = PartRange{at(fileStart), static_cast<std::uint32_t>(extraStart - fileStart)};
     m_extraPart = PartRange{at(extraStart), static_cast<std::uint32_t>(n - extraStart)};
     // The same plain substring test as the general way.
-    m_explicitPort = std::strstr(portSearchText, schemeLength == 7 ? ":80" : ":443") != nullptr;
+    m_explicitPort =
+        portSearchText == text.data()
+            ? HasPortText(text, schemeLength, schemeLength == 7 ? ":80" : ":443")
+            : std::strstr(portSearchText, schemeLength == 7 ? ":80" : ":443") != nullptr;
     m_valid = 1;
     m_plain = true;
     return true;
