@@ -1,5 +1,6 @@
 #include "SettingsCommand.h"
 
+#include "webstep/platform/LastError.h"
 #include "webstep/platform/PrivateProfile.h"
 #include "webstep/settings/RunTimeSettings.h"
 
@@ -234,7 +235,12 @@ int RunSettings(const SettingsOptions& options) {
                 return 2;
             }
         }
-        settings.SaveToFile(options.file);
+        if (!settings.TrySaveToFile(options.file)) {
+            // The file is replaced whole or not at all, so it still holds its old settings.
+            std::cerr << "webstep settings: could not write \"" << options.file << "\" (error "
+                      << webstep::platform::GetLastError() << "); the file is unchanged\n";
+            return 2;
+        }
         // Read back what was written, so the output shows the file.
         settings = Load(options.file);
     }

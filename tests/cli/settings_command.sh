@@ -35,4 +35,16 @@ if "$tool" settings "$work/default.cfg" --set KeepAlive 2> "$work/err"; then fai
 grep -q 'Key=Value' "$work/err" || fail "no message for a missing ="
 grep -qx 'HttpVer: 1.1' <<<"$("$tool" settings "$work/default.cfg")" || fail "a refused change was written"
 if "$tool" settings "$work/absent.cfg" 2> /dev/null; then fail "missing file accepted"; fi
+
+# A change that cannot be written (no file may grow: a full disk) is reported,
+# and the file keeps its old settings byte for byte.
+cp "$work/default.cfg" "$work/before.cfg"
+# (the message goes through a pipe: the limit would stop a file from taking it)
+set +e
+( trap '' XFSZ; ulimit -f 0; "$tool" settings "$work/default.cfg" --set KeepAlive=No 2>&1 > /dev/null ) | cat > "$work/err"
+status=${PIPESTATUS[0]}
+set -e
+[ "$status" -eq 2 ] || fail "a failed write gave exit status $status, not 2"
+grep -q 'could not write' "$work/err" || fail "no message for a failed write: $(cat "$work/err")"
+cmp -s "$work/default.cfg" "$work/before.cfg" || fail "a failed write changed the file"
 echo "settings command: all checks passed"
