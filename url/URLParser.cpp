@@ -827,13 +827,20 @@ int CURLParser::ToStringRep(MString& text, int options) const {
             text.append(1, ':').append(password);
         text += "@";
     }
-    if (!host.empty()) {
+    // Host, path, file and extra information follow each other in the
+    // buffer: without a port to insert they are appended in one piece.
+    const bool whole = (options & LABEL) && (options & SEARCH);
+    if (host.empty() || IsDefaultPort()) {
+        text.append(
+            m_buf.data() + m_hostPart.off,
+            m_hostPart.len + m_pathPart.len + m_filePart.len + (whole ? m_extraPart.len : 0));
+        if (whole)
+            return static_cast<int>(text.size());
+    } else {
         text += host;
-        if (!IsDefaultPort())
-            text += ":" + std::to_string(m_port);
+        text += ":" + std::to_string(m_port);
+        text.append(m_buf.data() + m_pathPart.off, m_pathPart.len + m_filePart.len);
     }
-    // Path and file follow each other in the buffer.
-    text.append(m_buf.data() + m_pathPart.off, m_pathPart.len + m_filePart.len);
     if (!extra.empty()) {
         if ((options & LABEL) && (options & SEARCH)) {
             text += extra;
