@@ -1,8 +1,8 @@
 #pragma once
 // Takes a URL apart (scheme, host, port, user, password, directory, file,
 // extra information) and prints it back in several forms; resolves relative
-// URLs and builds URLs from parts. The splitting is done by the platform URL
-// services.
+// URLs and builds URLs from parts. Plain http and https URLs are taken apart
+// in one pass; anything else is split by the platform URL services.
 #include <cstdint>
 #include <map>
 #include <string_view>
