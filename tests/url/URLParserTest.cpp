@@ -11,18 +11,6 @@
 
 using namespace webstep::platform;
 
-namespace {
-
-// Canonical text of a URL as the platform returns it.
-MString Canonical(const char* url) {
-    std::vector<char> buf(std::strlen(url) * 3 + 64);
-    DWORD len = static_cast<DWORD>(buf.size());
-    return InternetCanonicalizeUrlA(url, buf.data(), &len, ICU_NO_ENCODE) ? MString(buf.data(), len)
-                                                                          : MString("<failed>");
-}
-
-}  // namespace
-
 TEST(URLParser, FullExampleSplitsAndPrintsWithoutDefaultPort) {
     CURLParser u("http://host:80/a/b.html?x=1#top");
     ASSERT_TRUE(u.IsValid());
