@@ -56,20 +56,20 @@ std::string Error(const char* function, std::vector<const char*> args) {
 // ----- registration -----
 
 TEST(ExtendedRepository, RegistersEveryExtendedNameAndLeavesTheFortyNineAlone) {
-    CObjectRepository spec, both;
-    CWebStepParse::UpdateRepository(spec);
+    CObjectRepository standard, both;
+    CWebStepParse::UpdateRepository(standard);
     CWebStepParse::UpdateRepository(both);
     CWebStepParse::UpdateRepositoryExtended(both);
     size_t count = 0;
     for (const char* const* name = CWebStepParse::GetExtendedFunctionNames(); *name; ++name) {
         ++count;
-        EXPECT_EQ(spec.CreateObject(*name), nullptr) << *name;
+        EXPECT_EQ(standard.CreateObject(*name), nullptr) << *name;
         std::unique_ptr<CWebStepParse> parser(
             static_cast<CWebStepParse*>(both.CreateObject(*name)));
         EXPECT_NE(parser, nullptr) << *name;
     }
     EXPECT_EQ(count, 27u);
-    EXPECT_EQ(spec.GetCount(), 49u);
+    EXPECT_EQ(standard.GetCount(), 49u);
     EXPECT_EQ(both.GetCount(), 49u + 27u);
 }
 

@@ -79,12 +79,12 @@ TEST(ExtendedCreators, CreatorAndParserSetsHaveTheSameNames) {
 }
 
 TEST(ExtendedCreators, TheFortyNineStayWithoutTheExtendedNames) {
-    CObjectRepository spec;
-    CWebStepCreate::UpdateRepository(spec);
-    EXPECT_EQ(spec.GetCount(), 49u);
-    EXPECT_EQ(spec.CreateObject("web_reg_save_param_ex"), nullptr);
-    EXPECT_EQ(spec.CreateObject("web_rest"), nullptr);
-    CObjectRepository both = spec;
+    CObjectRepository standard;
+    CWebStepCreate::UpdateRepository(standard);
+    EXPECT_EQ(standard.GetCount(), 49u);
+    EXPECT_EQ(standard.CreateObject("web_reg_save_param_ex"), nullptr);
+    EXPECT_EQ(standard.CreateObject("web_rest"), nullptr);
+    CObjectRepository both = standard;
     CWebStepCreate::UpdateRepositoryExtended(both);
     EXPECT_EQ(both.GetCount(), 49u + 27u);
 }
