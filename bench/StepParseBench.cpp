@@ -94,9 +94,9 @@ BENCHMARK(BM_WebSubmitData30ItemsThroughRepository);
 // options and a filter section.
 void BM_WebRegSaveParamExThroughRepository(benchmark::State& state) {
     Call call;
-    for (const char* a : {"ParamName=Csrf", "LB/IC=name=\"csrf\" value=\"", "RB/IC=\"",
-                          "Ordinal=2", "NotFound=warning", "SEARCH_FILTERS", "Scope=Body",
-                          "RequestUrl=*/login*", "IgnoreRedirections=Yes", "LAST"})
+    for (const char* a : {"ParamName=Csrf", "LB/IC=name=\"csrf\" value=\"", "RB/IC=\"", "Ordinal=2",
+                          "NotFound=warning", "SEARCH_FILTERS", "Scope=Body", "RequestUrl=*/login*",
+                          "IgnoreRedirections=Yes", "LAST"})
         call.Add(a);
     call.Seal();
     ParseThroughRepository(state, "web_reg_save_param_ex", call);
