@@ -1,10 +1,6 @@
 #!/usr/bin/env bash
 # The escape and unescape subcommands on whole programs' input and output.
-set -euo pipefail
-tool=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
+source "$(dirname "$0")/common.bash" "$@"
 
 # Every byte value survives a round trip.
 for i in $(seq 0 255); do printf "\\x$(printf %02x "$i")"; done > "$work/all.bin"

@@ -1,11 +1,7 @@
 #!/usr/bin/env bash
 # The form subcommand prints the body a form submission sends.
-set -euo pipefail
-tool=$1
+source "$(dirname "$0")/common.bash" "$@"
 pages=examples/library-loans/data
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
 
 out=$("$tool" form "$pages/t1.html" --default)
 grep -qx 'action: /signin' <<<"$out" || fail "action: $out"

@@ -1,9 +1,7 @@
 #!/usr/bin/env bash
 # Every command's --help shows an example for each of its options, and a
 # wrong command line says what was wrong and where the right form is.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
+source "$(dirname "$0")/common.bash" "$@"
 
 commands=$("$tool" --help | awk '/^Subcommands:/{on=1; next} /^[^ ]/{on=0} on && /^  [a-z]/{print $1}')
 [ -n "$commands" ] || fail "the main help lists no commands"
@@ -57,8 +55,6 @@ set -e
 grep -q 'fr not in {zh,en}' <<<"$out" || fail "the allowed languages are not shown: $out"
 # A refused value is shown with what the key takes; a text that is no URL
 # with what a URL looks like.
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 printf '[WEB]\r\nHttpVer=1.1\r\n' > "$work/default.cfg"
 set +e
 out=$("$tool" settings "$work/default.cfg" --set HttpVer=3 2>&1); rc=$?

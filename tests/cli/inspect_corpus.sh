@@ -3,14 +3,8 @@
 # line-end kind (broken calls, pages missing, steps in other code pages)
 # without stopping: each run ends with its summary, the JSON form is whole,
 # and the steps it counts are the folder's navigation steps.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-corpus=${WEBSTEP_SHARED:-../shared}/corpus/scripts
-[ -f "$corpus/files.jsonl" ] ||
-  fail "shared corpus missing: $corpus/files.jsonl (expected beside the project root, or set WEBSTEP_SHARED)"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
+need_script_corpus files.jsonl
 
 # The first folder of each encoding / byte order mark / line-end combination.
 folders=$(python3 - "$corpus/files.jsonl" <<'PY'

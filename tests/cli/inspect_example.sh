@@ -2,9 +2,7 @@
 # The main job on the shipped example folder: every navigation step resolved,
 # with its method, absolute URL and body, the link or form picked in the page
 # of the step before, and the frames of the frameset page.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
+source "$(dirname "$0")/common.bash" "$@"
 example=examples/library-loans
 
 out=$("$tool" inspect "$example") || fail "exit $? on the example folder"
@@ -46,8 +44,6 @@ expect "10 navigation steps: 10 resolved, 0 not resolved; 0 steps do not parse"
 grep -q "NOT RESOLVED" <<<"$out" && fail "something is not resolved"
 
 # The same as JSON.
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 "$tool" inspect --json "$example" > "$work/inspect.json" || fail "--json: exit $?"
 python3 - "$work/inspect.json" <<'PY' || fail "JSON form"
 import json, sys

@@ -3,11 +3,7 @@
 # ...); a step aimed at a frame (TargetFrame) loads its page into that frame
 # and the rest of the frameset stays; links are found in the frame a step
 # names (Frame) or in any document; "_top" replaces the whole window.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 dir=$work/frames
 mkdir -p "$dir/data"
 cat > "$dir/action.c" <<'C'

@@ -3,11 +3,7 @@
 # recorded, a link or form that is not there, an item the form refuses, a
 # call that does not parse, broken C) and goes on with the next step; usage
 # and I/O errors exit with 2; the progress line is for terminals only.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 dir=$work/shop
 mkdir -p "$dir/data"
 

@@ -1,10 +1,6 @@
 #!/usr/bin/env bash
 # A clean script and the shipped example folder lint without findings.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 
 # Written as recorders write scripts: CR LF, concatenated literals over
 # several lines, markers bare and quoted, ITEMDATA and EXTRARES sections.

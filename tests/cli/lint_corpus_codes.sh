@@ -2,14 +2,8 @@
 # lint gives exactly the expected error code (or none) for every call of the
 # step-call corpus whose outcome is settled, read in a UTF-8 process code page
 # whatever each folder's own encoding is.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-corpus=${WEBSTEP_SHARED:-../shared}/corpus/scripts
-[ -f "$corpus/expected.jsonl" ] ||
-  fail "shared corpus missing: $corpus/expected.jsonl (expected beside the project root, or set WEBSTEP_SHARED)"
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
+need_script_corpus expected.jsonl
 
 set +e
 LC_ALL=C.UTF-8 "$tool" lint --json "$corpus" > "$work/lint.json"

@@ -2,11 +2,7 @@
 # Every error code the step parsers give comes out as one line with its
 # message and the error's details as labels, at the call or at the argument
 # the error names.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 
 cat > "$work/codes.c" <<'C'
 Action()

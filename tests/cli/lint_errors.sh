@@ -2,11 +2,7 @@
 # Each problem is one line in the compiler form, errors in the message table's
 # texts (the process code page, or English with --lang en), and the exit
 # status says whether errors were found.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 
 cat > "$work/bad.c" <<'C'
 Action()

@@ -4,11 +4,7 @@
 # function that neither set knows is an unknown function; adjacent literals
 # that each look like Name=Value and a used step value are warned about; the
 # section keywords of extended calls get no note.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 
 cat > "$work/ext.c" <<'C'
 Action()

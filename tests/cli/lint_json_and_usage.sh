@@ -1,11 +1,7 @@
 #!/usr/bin/env bash
 # --json gives the findings and summary as JSON; missing paths and usage
 # errors exit with 2.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 
 printf 'A()\n{\n    web_url();\n    web_url("ok", "URL=http://e.com/", LAST);\n    web_bar(1);\n}\n' > "$work/a.c"
 set +e

@@ -1,10 +1,6 @@
 #!/usr/bin/env bash
 # The page subcommand prints the model of a page, as text and as JSON.
-set -euo pipefail
-tool=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
+source "$(dirname "$0")/common.bash" "$@"
 
 cat > "$work/login.html" <<'HTML'
 <html><head><title>Patron login</title><base href="http://library.example.org/patron/"></head>

@@ -1,10 +1,6 @@
 #!/usr/bin/env bash
 # The settings subcommand reads and changes the WEB section of a settings file.
-set -euo pipefail
-tool=$1
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-fail() { echo "FAIL: $*" >&2; exit 1; }
+source "$(dirname "$0")/common.bash" "$@"
 
 printf '[General]\r\nXlBridgeTimeout=120\r\n\r\n[WEB]\r\nHttpVer=1.1\r\nKeepAlive=No\r\nWebRecorderVersion=12\r\n\r\n[Log]\r\nLogOptions=LogBrief\r\n' > "$work/default.cfg"
 cp "$work/default.cfg" "$work/original.cfg"

@@ -1,11 +1,7 @@
 #!/usr/bin/env bash
 # The steps command lists every call in script order with the class of its
 # step object; --json gives the same as JSON.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+source "$(dirname "$0")/common.bash" "$@"
 
 out=$("$tool" steps examples/library-loans/end.c) || fail "steps exit $?"
 expected="== examples/library-loans/end.c (3 calls)

@@ -1,8 +1,6 @@
 #!/usr/bin/env bash
 # The url subcommand splits, combines and canonicalises as the services do.
-set -euo pipefail
-tool=$1
-fail() { echo "FAIL: $*" >&2; exit 1; }
+source "$(dirname "$0")/common.bash" "$@"
 
 out=$("$tool" url crack 'http://user:pw@example.com:8080/a/b?q=1#top')
 grep -qx 'host: example.com' <<<"$out" || fail "host: $out"
