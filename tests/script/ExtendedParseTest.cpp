@@ -7,44 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "ParserProbe.h"
+#include "ServiceParseSupport.h"
 #include "webstep/script/WebStepParse.h"
 #include "webstep/steps/WebSteps.h"
 
 namespace {
 
-struct Outcome {
-    bool ok = false;
-    std::string error;
-    std::string stepName;
-    std::unique_ptr<CWebStepData> step;
+using Outcome = ParseOutcome;
 
-    template <class Step>
-    Step* As() const {
-        return dynamic_cast<Step*>(step.get());
-    }
-};
-
-Outcome Parse(const char* function, std::vector<const char*> args,
-              WebParserFlags flags = WPF_CREATE_STEP) {
-    static CObjectRepository repository = [] {
-        CObjectRepository r;
-        CWebStepParse::UpdateRepository(r);
-        CWebStepParse::UpdateRepositoryExtended(r);
-        return r;
-    }();
-    Outcome out;
-    std::unique_ptr<CWebStepParse> parser(
-        static_cast<CWebStepParse*>(repository.CreateObject(function)));
-    if (!parser) {
-        out.error = "no parser";
-        return out;
-    }
-    out.ok = parser->ParseArguments(static_cast<unsigned int>(args.size()), args.data(), flags);
-    out.error = out.ok ? "" : ErrorText(*parser);
-    out.stepName = parser->GetWebStep().GetName();
-    out.step.reset(parser->GetDataStep());
-    return out;
+Outcome Parse(const char* function, std::vector<const char*> args) {
+    return ParseCallIn(ExtendedParsers(), function, std::move(args));
 }
 
 std::string Error(const char* function, std::vector<const char*> args) {

@@ -31,21 +31,40 @@ struct ParseOutcome {
     }
 };
 
-inline std::unique_ptr<CWebStepParse> ServiceParser(const char* function) {
+// The repository of the 49 standard functions, and the one that also holds
+// the extended set.
+inline CObjectRepository& StandardParsers() {
     static CObjectRepository repository = [] {
         CObjectRepository r;
         CWebStepParse::UpdateRepository(r);
         return r;
     }();
-    return std::unique_ptr<CWebStepParse>(
-        static_cast<CWebStepParse*>(repository.CreateObject(function)));
+    return repository;
 }
 
-// Array mode; the created step (if any) is owned by the outcome.
-inline ParseOutcome ParseCall(const char* function, std::vector<const char*> args,
-                              WebParserFlags flags = WPF_CREATE_STEP) {
+inline CObjectRepository& ExtendedParsers() {
+    static CObjectRepository repository = [] {
+        CObjectRepository r;
+        CWebStepParse::UpdateRepository(r);
+        CWebStepParse::UpdateRepositoryExtended(r);
+        return r;
+    }();
+    return repository;
+}
+
+inline std::unique_ptr<CWebStepParse> ServiceParser(const char* function) {
+    return std::unique_ptr<CWebStepParse>(
+        static_cast<CWebStepParse*>(StandardParsers().CreateObject(function)));
+}
+
+// Array mode through the given repository; the created step (if any) is
+// owned by the outcome.
+inline ParseOutcome ParseCallIn(CObjectRepository& repository, const char* function,
+                                std::vector<const char*> args,
+                                WebParserFlags flags = WPF_CREATE_STEP) {
     ParseOutcome out;
-    auto parser = ServiceParser(function);
+    std::unique_ptr<CWebStepParse> parser(
+        static_cast<CWebStepParse*>(repository.CreateObject(function)));
     if (!parser) {
         out.error = "no parser";
         return out;
@@ -56,4 +75,9 @@ inline ParseOutcome ParseCall(const char* function, std::vector<const char*> arg
     if (flags & WPF_CREATE_STEP)
         out.step.reset(parser->GetDataStep());
     return out;
+}
+
+inline ParseOutcome ParseCall(const char* function, std::vector<const char*> args,
+                              WebParserFlags flags = WPF_CREATE_STEP) {
+    return ParseCallIn(StandardParsers(), function, std::move(args), flags);
 }
