@@ -1,5 +1,7 @@
 #include "webstep/forms/Data.h"
 
+#include "webstep/forms/internal/OwningList.h"
+
 const char* const CData::DefaultValue = "_DEFAULT_";
 
 CData::CData(const MString& name, const MString& value, RegexType nameRegexType,
@@ -36,11 +38,7 @@ bool CData::operator==(const CData& other) const {
 CDataElements::CDataElements(const CDataElements& other) : m_List(other.m_List) {}
 
 CDataElements& CDataElements::operator=(const CDataElements& other) {
-    if (this == &other)
-        return *this;
-    PurgeData();
-    for (CData* item : other.m_List)
-        m_List.push_back(item);
+    webstep::forms::AssignShared(m_List, other.m_List);
     return *this;
 }
 
@@ -49,36 +47,18 @@ CDataElements::~CDataElements() {
 }
 
 void CDataElements::AddDataBefore(CData* item, iterator& where) {
-    if (where != m_List.end())
-        where = m_List.insert(where, item);
-    else
-        m_List.push_back(item);
+    webstep::forms::InsertBefore(m_List, item, where);
 }
 
 void CDataElements::AddDataAfter(CData* item, iterator& where) {
-    if (where != m_List.end()) {
-        iterator next = where;
-        ++next;
-        if (next != m_List.end()) {
-            where = m_List.insert(next, item);
-            return;
-        }
-    }
-    m_List.push_back(item);
+    webstep::forms::InsertAfter(m_List, item, where);
 }
 
 bool CDataElements::RemoveData(CData* item) {
-    for (auto it = m_List.begin(); it != m_List.end(); ++it) {
-        if (*it == item) {
-            m_List.erase(it);
-            break;
-        }
-    }
+    webstep::forms::RemoveFirst(m_List, item);
     return true;
 }
 
 void CDataElements::PurgeData() {
-    for (CData* item : m_List)
-        delete item;
-    m_List.clear();
+    webstep::forms::DeleteAll(m_List);
 }

@@ -1,13 +1,11 @@
 #include "webstep/forms/Resource.h"
 
+#include "webstep/forms/internal/OwningList.h"
+
 CResourceElements::CResourceElements(const CResourceElements& other) : m_List(other.m_List) {}
 
 CResourceElements& CResourceElements::operator=(const CResourceElements& other) {
-    if (this == &other)
-        return *this;
-    PurgeResource();
-    for (CResource* item : other.m_List)
-        m_List.push_back(item);
+    webstep::forms::AssignShared(m_List, other.m_List);
     return *this;
 }
 
@@ -16,36 +14,18 @@ CResourceElements::~CResourceElements() {
 }
 
 void CResourceElements::AddResourceBefore(CResource* item, iterator& where) {
-    if (where != m_List.end())
-        where = m_List.insert(where, item);
-    else
-        m_List.push_back(item);
+    webstep::forms::InsertBefore(m_List, item, where);
 }
 
 void CResourceElements::AddResourceAfter(CResource* item, iterator& where) {
-    if (where != m_List.end()) {
-        iterator next = where;
-        ++next;
-        if (next != m_List.end()) {
-            where = m_List.insert(next, item);
-            return;
-        }
-    }
-    m_List.push_back(item);
+    webstep::forms::InsertAfter(m_List, item, where);
 }
 
 bool CResourceElements::RemoveResource(CResource* item) {
-    for (auto it = m_List.begin(); it != m_List.end(); ++it) {
-        if (*it == item) {
-            m_List.erase(it);
-            break;
-        }
-    }
+    webstep::forms::RemoveFirst(m_List, item);
     return true;
 }
 
 void CResourceElements::PurgeResource() {
-    for (CResource* item : m_List)
-        delete item;
-    m_List.clear();
+    webstep::forms::DeleteAll(m_List);
 }
