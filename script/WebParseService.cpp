@@ -69,6 +69,53 @@ MString BaseName(const MString& attributeName) {
     return attributeName.substr(0, attributeName.find('/'));
 }
 
+// "Text", "TextPfx" and "TextSfx" of a find or verification step, each with
+// the option suffixes that the given reader takes into its flags; the first
+// of each name counts.
+template <class Flags>
+struct FindTexts {
+    MString texts[3];
+    bool have[3] = {false, false, false};
+    Flags flags[3] = {};
+
+    template <class ReadSuffixes>
+    bool Collect(CAttributeSet& attributes, ReadSuffixes readSuffixes) {
+        const char* const bases[3] = {CWebStepScript::KeyWord_Text, CWebStepScript::KeyWord_TextPfx,
+                                      CWebStepScript::KeyWord_TextSfx};
+        CPropertyBagIterator it(attributes);
+        MString name, value;
+        for (bool more = it.GetFirst(name, value); more; more = it.GetNext(name, value)) {
+            const MString base = BaseName(name);
+            for (int i = 0; i < 3; ++i) {
+                if (!have[i] && EqualsNoCase(base, bases[i])) {
+                    if (!readSuffixes(name, flags[i]))
+                        return false;
+                    texts[i] = value;
+                    have[i] = true;
+                }
+            }
+        }
+        return true;
+    }
+
+    // Flags before texts: the texts are stored under names carrying them.
+    template <class Step>
+    void Store(Step* step) const {
+        if (have[0]) {
+            step->SetTextFlags(flags[0]);
+            step->SetText(texts[0].c_str());
+        }
+        if (have[1]) {
+            step->SetTextPfxFlags(flags[1]);
+            step->SetTextPfx(texts[1].c_str());
+        }
+        if (have[2]) {
+            step->SetTextSfxFlags(flags[2]);
+            step->SetTextSfx(texts[2].c_str());
+        }
+    }
+};
+
 // The port after the colon of a host argument; not a checked number (these
 // steps record no number error), so the leading digits are read and anything
 // else gives 0.
@@ -624,23 +671,13 @@ bool CWebParseRegFind::__ParseArguments() {
     CAttributeSet attributes;
     int terminator = -1;
     WEBSTEP_READ_ATTRIBUTES(false, attributes, DefaultTerminators, terminator, false);
-    MString texts[3];
-    bool have[3] = {false, false, false};
-    RegFindFlags flags[3] = {RFF_NONE, RFF_NONE, RFF_NONE};
-    const char* const bases[3] = {KeyWord_Text, KeyWord_TextPfx, KeyWord_TextSfx};
-    CPropertyBagIterator it(attributes);
-    MString name, value;
-    for (bool more = it.GetFirst(name, value); more; more = it.GetNext(name, value)) {
-        const MString base = BaseName(name);
-        for (int i = 0; i < 3; ++i) {
-            if (!have[i] && EqualsNoCase(base, bases[i])) {
-                if (!ParseFindText("attribute", name, flags[i]))
-                    return false;
-                texts[i] = value;
-                have[i] = true;
-            }
-        }
-    }
+    FindTexts<RegFindFlags> found;
+    if (!found.Collect(attributes, [this](const MString& name, RegFindFlags& flags) {
+            return ParseFindText("attribute", name, flags);
+        }))
+        return false;
+    const MString* const texts = found.texts;
+    const bool* const have = found.have;
     if (!(have[0] && !texts[0].empty()) && !(have[1] && have[2])) {
         SetErrorInfo(WSE_MISSING_ATTRIBUTE, "attribute", KeyWord_Text, nullptr);
         return false;
@@ -659,19 +696,7 @@ bool CWebParseRegFind::__ParseArguments() {
     WEBSTEP_CREATE_STEP();
     if (step == nullptr)
         return true;
-    // Flags before texts: the texts are stored under names carrying them.
-    if (have[0]) {
-        step->SetTextFlags(flags[0]);
-        step->SetText(texts[0].c_str());
-    }
-    if (have[1]) {
-        step->SetTextPfxFlags(flags[1]);
-        step->SetTextPfx(texts[1].c_str());
-    }
-    if (have[2]) {
-        step->SetTextSfxFlags(flags[2]);
-        step->SetTextSfx(texts[2].c_str());
-    }
+    found.Store(step);
     if (haveSearch)
         step->SetSearchScope(search.c_str());
     if (haveFail)
@@ -695,23 +720,13 @@ bool CWebParseGlobalVerification::__ParseArguments() {
     CAttributeSet attributes;
     int terminator = -1;
     WEBSTEP_READ_ATTRIBUTES(false, attributes, DefaultTerminators, terminator, false);
-    MString texts[3];
-    bool have[3] = {false, false, false};
-    GlobalVerificationFlags flags[3] = {GVF_NONE, GVF_NONE, GVF_NONE};
-    const char* const bases[3] = {KeyWord_Text, KeyWord_TextPfx, KeyWord_TextSfx};
-    CPropertyBagIterator it(attributes);
-    MString name, value;
-    for (bool more = it.GetFirst(name, value); more; more = it.GetNext(name, value)) {
-        const MString base = BaseName(name);
-        for (int i = 0; i < 3; ++i) {
-            if (!have[i] && EqualsNoCase(base, bases[i])) {
-                if (!ParseGlobalVerificationText("attribute", name, flags[i]))
-                    return false;
-                texts[i] = value;
-                have[i] = true;
-            }
-        }
-    }
+    FindTexts<GlobalVerificationFlags> found;
+    if (!found.Collect(attributes, [this](const MString& name, GlobalVerificationFlags& flags) {
+            return ParseGlobalVerificationText("attribute", name, flags);
+        }))
+        return false;
+    const MString* const texts = found.texts;
+    const bool* const have = found.have;
     const bool haveText = have[0] && !texts[0].empty();
     const bool textAlone = haveText && !have[1] && !have[2];
     const bool pairAlone = !haveText && have[1] && have[2];
@@ -731,18 +746,7 @@ bool CWebParseGlobalVerification::__ParseArguments() {
     WEBSTEP_CREATE_STEP();
     if (step == nullptr)
         return true;
-    if (have[0]) {
-        step->SetTextFlags(flags[0]);
-        step->SetText(texts[0].c_str());
-    }
-    if (have[1]) {
-        step->SetTextPfxFlags(flags[1]);
-        step->SetTextPfx(texts[1].c_str());
-    }
-    if (have[2]) {
-        step->SetTextSfxFlags(flags[2]);
-        step->SetTextSfx(texts[2].c_str());
-    }
+    found.Store(step);
     if (haveSearch)
         step->SetSearchScope(search.c_str());
     if (haveFail)
