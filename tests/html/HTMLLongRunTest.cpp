@@ -3,6 +3,7 @@
 // are cut; trailing white space of names is cut by whole characters.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -125,6 +126,69 @@ TEST(HTMLLongRun, RunEndsAtEachOfItsStopBytes) {
     EXPECT_EQ(Tokens("<!--" + run + "-" + run + "-->", HTML_SINK_AUX_MARKUP),
               (Strings{"Markup Decl:<!", "Comment:" + run, "Comment:-", "Comment:" + run,
                        "Tag Close:>"}));
+}
+
+// Tokens with the line counter of the batch that carried them. The line of
+// a message is left out: the note that a section is skipped is given when
+// its first bytes are met, and that line depends on where the piece ends.
+class LineRecorder : public CHTMLTokenSink {
+public:
+    void onTokens(HTMLTokenSinkId sink, const CHTMLTokenBatch& batch) override {
+        std::string b = std::to_string(sink);
+        if (sink != HTML_SINK_ERR_LIM) {
+            b += "@" + std::to_string(batch.line);
+        }
+        for (int i = 0; i < batch.count; ++i) {
+            b += "|" + std::string(CHTMLLexer::TokenName(batch.kinds[i])) + ":" +
+                 std::string(batch.texts[i], batch.lengths[i]);
+        }
+        batches.push_back(b);
+    }
+    std::vector<std::string> batches;
+};
+
+std::vector<std::string> BatchesCutAt(const std::string& page, std::size_t first,
+                                      std::size_t second) {
+    LineRecorder rec;
+    CHTMLLexer lexer(&rec, true);
+    // An empty piece would end the input: only the others are fed.
+    for (const auto& [from, to] : {std::pair{std::size_t{0}, first}, std::pair{first, second},
+                                   std::pair{second, page.size()}}) {
+        if (to > from) {
+            lexer.feed(page.data() + from, static_cast<unsigned>(to - from));
+        }
+    }
+    lexer.feed(nullptr, 0);
+    EXPECT_EQ(lexer.line(), 1 + static_cast<int>(std::count(page.begin(), page.end(), '\n')));
+    return rec.batches;
+}
+
+TEST(HTMLLongRun, RunOpeningAPieceGivesTheSameBatchesAndLinesAsTheWholeFeed) {
+    std::vector<RunCase> cases = Cases();
+    cases.push_back({"skipped section", "<![", "]]>", HTML_SINK_ERR_LIM, "", "", ""});
+    cases.push_back({"declaration subset", "<!doctype x [", "]>", HTML_SINK_ERR_LIM, "", "", ""});
+    const std::string body = "ab\ncd e\n\nf";
+    for (const RunCase& c : cases) {
+        // Text before and after, so that runs meet other tokens on both sides.
+        const std::string page = "x\n<b>y" + c.before + body + c.after + "z\n<i>w";
+        std::vector<std::string> whole;
+        {
+            LineRecorder rec;
+            CHTMLLexer lexer(&rec, true);
+            lexer.feed(page.data(), static_cast<unsigned>(page.size()));
+            lexer.feed(nullptr, 0);
+            whole = rec.batches;
+        }
+        ASSERT_FALSE(whole.empty()) << c.name;
+        // Every pair of cuts: pieces that begin inside, at the start and at
+        // the end of the run, and pieces the run fills completely.
+        for (std::size_t first = 0; first <= page.size(); ++first) {
+            for (std::size_t second = first; second <= page.size(); ++second) {
+                ASSERT_EQ(BatchesCutAt(page, first, second), whole)
+                    << c.name << ", cut at " << first << " and " << second;
+            }
+        }
+    }
 }
 
 TEST(HTMLLongRunNames, AsciiNameLosesTrailingWhiteSpace) {
