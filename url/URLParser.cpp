@@ -186,6 +186,7 @@ void CURLParser::Clear() {
     m_userPart = m_passwordPart = m_hostPart = m_pathPart = m_filePart = m_extraPart = PartRange{};
     m_explicitPort = false;
     m_plain = false;
+    m_prefixLen = 0;
 }
 
 void CURLParser::SetParts(std::string_view user, std::string_view password, std::string_view host,
@@ -206,6 +207,7 @@ void CURLParser::SetParts(std::string_view user, std::string_view password, std:
     add(file, m_filePart);
     add(extra, m_extraPart);
     m_buf.swap(buf);
+    m_prefixLen = 0;
 }
 
 int CURLParser::Create(const CURLParser& base, const char* url) {
@@ -280,88 +282,185 @@ bool HasBlank(const char* p, std::size_t n) {
     return false;
 }
 
-std::size_t WebSchemeLength(std::string_view text) {
-    if (text.starts_with("http://"))
-        return 7;
-    if (text.starts_with("https://"))
-        return 8;
+}  // namespace
+
+namespace {
+
+bool IsSeparator(char c) {
+    return c == '/' || c == '\\';
+}
+
+// The length of "http:" or "https:" at the start of the text (lower case, as
+// the one-pass path prints the scheme from the text itself), 0 otherwise.
+std::size_t WebSchemeColonEnd(std::string_view text) {
+    if (text.starts_with("http:"))
+        return 5;
+    if (text.starts_with("https:"))
+        return 6;
     return 0;
+}
+
+// The dot segments of a path ("/" followed by "." or "..", then "/" or the
+// end) resolved in place, the way canonicalization and the later clean-up of
+// the path leave them: "." disappears, ".." removes the segment before it
+// and disappears at the root; but when the first segment is itself a dot
+// segment, the path is left to the clean-up, which drops every dot segment
+// without removing anything before it. The path starts with "/"; the result
+// is never longer. Returns the new end.
+std::size_t ResolveDotSegments(char* data, std::size_t begin, std::size_t end) {
+    const auto isDot = [data](std::size_t at, std::size_t len) {
+        return (len == 1 && data[at] == '.') ||
+               (len == 2 && data[at] == '.' && data[at + 1] == '.');
+    };
+    const auto segmentEnd = [data, end](std::size_t from) {
+        const void* slash = std::memchr(data + from, '/', end - from);
+        return slash != nullptr ? static_cast<std::size_t>(static_cast<const char*>(slash) - data)
+                                : end;
+    };
+    const std::size_t root = begin + 1;
+    const bool leave = isDot(root, segmentEnd(root) - root);
+    std::size_t w = root;
+    for (std::size_t r = root;;) {
+        const std::size_t e = segmentEnd(r);
+        const std::size_t len = e - r;
+        const bool last = e == end;
+        if (isDot(r, len)) {
+            // ".." removes the last kept segment (with its "/"), if any.
+            if (!leave && len == 2 && w > root) {
+                std::size_t k = w - 1;
+                while (k > begin && data[k - 1] != '/')
+                    --k;
+                w = k;
+            }
+        } else {
+            const std::size_t n = len + (last ? 0 : 1);
+            if (w != r)
+                std::memmove(data + w, data + r, n);
+            w += n;
+        }
+        if (last)
+            break;
+        r = e + 1;
+    }
+    return w;
 }
 
 }  // namespace
 
-bool CURLParser::TakeSimpleURL(std::string_view text, const char* portSearchText) {
-    // A replaced crack service is always asked.
-    if (lpfncInternetCrackURL != nullptr && lpfncInternetCrackURL != &InternetCrackUrlA)
+bool CURLParser::TakeSimpleText(MString& buf, std::size_t colonEnd, std::size_t hostEnd,
+                                std::size_t checkFrom, std::string_view portText) {
+    // Part offsets are 32 bits.
+    if (buf.size() >= 0xFFFFFFF0u)
         return false;
-    const std::size_t schemeLength = WebSchemeLength(text);
-    if (schemeLength == 0)
-        return false;
-    const std::size_t n = text.size();
-    std::size_t i = schemeLength;
-    while (i < n && kPlainHostBytes.plain[static_cast<unsigned char>(text[i])])
-        ++i;
-    // The host must be followed by the path; "http://a?x" gains a "/" when
-    // canonicalized, so it goes the general way.
-    if (i == schemeLength || i == n || text[i] != '/')
-        return false;
-    const std::size_t hostEnd = i;
-    const char* const data = text.data();
+    const std::size_t schemeLength = colonEnd + 2;
+    std::size_t n = buf.size();
+    char* data = buf.data();
     // Byte searches and branch-free sweeps: URLs with long queries are common.
-    const void* query = std::memchr(data + hostEnd, '?', n - hostEnd);
-    const void* hash = std::memchr(data + hostEnd, '#', n - hostEnd);
+    const void* query = std::memchr(data + checkFrom, '?', n - checkFrom);
+    const void* hash = std::memchr(data + checkFrom, '#', n - checkFrom);
     // A fragment before the query would be split at the query when the URL
     // is taken apart again.
     if (hash != nullptr && query != nullptr && hash < query)
         return false;
-    const std::size_t extraStart =
+    std::size_t extraStart =
         query != nullptr  ? static_cast<std::size_t>(static_cast<const char*>(query) - data)
         : hash != nullptr ? static_cast<std::size_t>(static_cast<const char*>(hash) - data)
                           : n;
+    // Backslashes before the query or fragment are slashes.
+    if (void* back = std::memchr(data + checkFrom, '\\', extraStart - checkFrom)) {
+        for (char* p = static_cast<char*>(back); p < data + extraStart; ++p)
+            if (*p == '\\')
+                *p = '/';
+    }
+    if (hostEnd == 0) {
+        if (n < schemeLength || data[colonEnd] != '/' || data[colonEnd + 1] != '/')
+            return false;
+        std::size_t i = schemeLength;
+        while (i < extraStart && kPlainHostBytes.plain[static_cast<unsigned char>(data[i])])
+            ++i;
+        if (i == schemeLength)
+            return false;
+        if (i == extraStart) {
+            // "http://host?x" gains the "/" of an empty path.
+            buf.insert(i, 1, '/');
+            data = buf.data();
+            ++n;
+            ++extraStart;
+        } else if (data[i] != '/') {
+            return false;
+        }
+        hostEnd = i;
+    }
+    const std::size_t sweepFrom = checkFrom > hostEnd ? checkFrom : hostEnd;
     // Branch-free sweeps, which the compiler vectorizes.
     unsigned char bad = 0;
-    for (std::size_t k = hostEnd; k < extraStart; ++k) {
+    for (std::size_t k = sweepFrom; k < extraStart; ++k) {
         const unsigned char c = static_cast<unsigned char>(data[k]);
         bad |= static_cast<unsigned char>(!IsPlainPathByte(c));
     }
     // Blanks in the extra information are trimmed or removed.
-    for (std::size_t k = extraStart; k < n; ++k)
+    for (std::size_t k = extraStart > checkFrom ? extraStart : checkFrom; k < n; ++k)
         bad |= static_cast<unsigned char>(static_cast<unsigned char>(data[k]) <= 0x20);
     if (bad)
         return false;
-    // A possible dot segment: the path starts with "/", so a dot is never first.
-    for (const void* dot = std::memchr(data + hostEnd, '.', extraStart - hostEnd);
+    // Dot segments: the path starts with "/", so a dot is never first; the
+    // bytes before checkFrom hold none.
+    const std::size_t dotFrom = sweepFrom > hostEnd ? sweepFrom : hostEnd + 1;
+    for (const void* dot = dotFrom < extraStart
+                               ? std::memchr(data + dotFrom, '.', extraStart - dotFrom)
+                               : nullptr;
          dot != nullptr;) {
         const std::size_t k = static_cast<std::size_t>(static_cast<const char*>(dot) - data);
-        if (data[k - 1] == '/')
-            return false;
-        dot = std::memchr(data + k + 1, '.', extraStart - k - 1);
+        if (data[k - 1] == '/') {
+            const std::size_t e = k + 1 < extraStart && data[k + 1] == '.' ? k + 2 : k + 1;
+            if (e == extraStart || data[e] == '/') {
+                const std::size_t pathEnd = ResolveDotSegments(data, hostEnd, extraStart);
+                buf.erase(pathEnd, extraStart - pathEnd);
+                data = buf.data();
+                n = buf.size();
+                extraStart = pathEnd;
+                break;
+            }
+        }
+        dot = k + 1 < extraStart ? std::memchr(data + k + 1, '.', extraStart - k - 1) : nullptr;
     }
     const std::size_t fileStart =
         static_cast<std::size_t>(
             static_cast<const char*>(memrchr(data + hostEnd, '/', extraStart - hostEnd)) - data) +
         1;
-    m_scheme = TheInternetSchemeMap().GetDescr(schemeLength == 7 ? 3L : 4L);
+    const bool http = colonEnd == 5;
+    // The same plain substring test as the general way, in the given text or
+    // else in the text as taken apart.
+    const std::string_view port = http ? ":80" : ":443";
+    m_explicitPort = portText.data() != nullptr
+                         ? HasPortText(portText, colonEnd, port)
+                         : HasPortText(std::string_view(data, n), colonEnd, port);
+    if (&buf != &m_buf)
+        m_buf.swap(buf);
+    m_scheme = TheInternetSchemeMap().GetDescr(http ? 3L : 4L);
     m_port = m_scheme->defaultPort;
-    // Host, path, file and extra information follow each other in the text:
-    // one copy holds them all.
-    m_buf.assign(text.data() + schemeLength, n - schemeLength);
-    const auto at = [schemeLength](std::size_t k) {
-        return static_cast<std::uint32_t>(k - schemeLength);
-    };
-    m_userPart = m_passwordPart = PartRange{};
-    m_hostPart = PartRange{0, at(hostEnd)};
-    m_pathPart = PartRange{at(hostEnd), static_cast<std::uint32_t>(fileStart - hostEnd)};
-    m_filePart = PartRange{at(fileStart), static_cast<std::uint32_t>(extraStart - fileStart)};
-    m_extraPart = PartRange{at(extraStart), static_cast<std::uint32_t>(n - extraStart)};
-    // The same plain substring test as the general way.
-    m_explicitPort =
-        portSearchText == text.data()
-            ? HasPortText(text, schemeLength, schemeLength == 7 ? ":80" : ":443")
-            : std::strstr(portSearchText, schemeLength == 7 ? ":80" : ":443") != nullptr;
+    const auto at = [](std::size_t k) { return static_cast<std::uint32_t>(k); };
+    m_userPart = m_passwordPart = PartRange{at(schemeLength), 0};
+    m_hostPart = PartRange{at(schemeLength), at(hostEnd - schemeLength)};
+    m_pathPart = PartRange{at(hostEnd), at(fileStart - hostEnd)};
+    m_filePart = PartRange{at(fileStart), at(extraStart - fileStart)};
+    m_extraPart = PartRange{at(extraStart), at(n - extraStart)};
+    m_prefixLen = static_cast<std::uint8_t>(schemeLength);
     m_valid = 1;
     m_plain = true;
     return true;
+}
+
+bool CURLParser::TakeSimpleURL(std::string_view url) {
+    // A replaced crack service is always asked.
+    if (lpfncInternetCrackURL != nullptr && lpfncInternetCrackURL != &InternetCrackUrlA)
+        return false;
+    const std::size_t colonEnd = WebSchemeColonEnd(url);
+    if (colonEnd == 0)
+        return false;
+    m_buf.assign(url);
+    // The explicit port is looked for in the text as given.
+    return TakeSimpleText(m_buf, colonEnd, 0, colonEnd, url);
 }
 
 bool CURLParser::HasSimpleBase() const {
@@ -393,47 +492,73 @@ bool CURLParser::HasSimpleBase() const {
 }
 
 bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) {
-    if (url[0] == '\0' || !(base.m_plain || base.HasSimpleBase()))
+    if (lpfncInternetCrackURL != nullptr && lpfncInternetCrackURL != &InternetCrackUrlA)
+        return false;
+    if (!(base.m_plain || base.HasSimpleBase()))
         return false;
     const std::string_view rel(url);
     // Blanks and control characters are trimmed or removed by the general way.
     if (HasBlank(rel.data(), rel.size()))
         return false;
-    const std::size_t colon = rel.find(':');
-    // One text per thread, so that resolving allocates no scratch string.
-    thread_local MString text;
-    if (colon != MString::npos) {
-        // A scheme, unless a "/", "?" or "#" comes first (none is a scheme
-        // character). Only a plain http or https URL is taken here.
-        const std::size_t stop = rel.find_first_of("/?#");
-        if (stop == std::string_view::npos || stop > colon) {
-            if (WebSchemeLength(rel) == 0)
+    // Resolving against itself needs the base's parts while the new text is
+    // built; otherwise the text is built in place.
+    MString local;
+    MString& buf = &base == this ? local : m_buf;
+    const void* colon = std::memchr(rel.data(), ':', rel.size());
+    if (colon != nullptr) {
+        // A scheme, unless a "/", "\", "?" or "#" comes first (none is a
+        // scheme character). Only a plain http or https URL is taken here.
+        const std::size_t stop = rel.find_first_of("/\\?#");
+        if (stop == std::string_view::npos ||
+            stop > static_cast<std::size_t>(static_cast<const char*>(colon) - rel.data())) {
+            // With the base's own scheme, only "//" (not backslashes) makes
+            // the link absolute.
+            const std::size_t colonEnd = WebSchemeColonEnd(rel);
+            if (colonEnd == 0 || rel.size() < colonEnd + 2 || rel[colonEnd] != '/' ||
+                rel[colonEnd + 1] != '/')
                 return false;
-            return TakeSimpleURL(rel, url);
+            buf.assign(rel);
+            return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
         }
     }
-    text.assign(base.m_scheme->name)
-        .append(base.m_scheme->separator)
-        .append(base.Part(base.m_hostPart));
-    if (rel[0] == '#') {
-        // The base without its fragment, then the new fragment.
-        const std::string_view extra = base.Part(base.m_extraPart);
-        text.append(base.Part(base.m_pathPart)).append(base.Part(base.m_filePart));
-        text.append(extra.substr(0, extra.find('#')));
-        text.append(rel);
-    } else if (rel[0] == '/') {
-        if (rel.size() >= 2 && (rel[1] == '/' || rel[1] == '\\'))
-            return false;
-        text.append(rel);
-    } else {
-        text.append(base.Part(base.m_pathPart)).append(rel);
+    const std::string_view name = base.m_scheme->name;
+    const std::size_t colonEnd = name.size() + 1;
+    if (rel.size() >= 2 && IsSeparator(rel[0]) && IsSeparator(rel[1])) {
+        // A network-path link keeps only the base's scheme.
+        buf.reserve(colonEnd + rel.size() + 1);
+        buf.assign(name).append(1, ':').append(rel);
+        return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
     }
-    return TakeSimpleURL(text, text.c_str());
+    const std::string_view host = base.Part(base.m_hostPart);
+    const std::string_view path = base.Part(base.m_pathPart);
+    const std::string_view extra = base.Part(base.m_extraPart);
+    const std::size_t hostEnd = colonEnd + 2 + host.size();
+    buf.reserve(hostEnd + path.size() + base.m_filePart.len + extra.size() + rel.size() + 1);
+    // The one-pass path keeps scheme, host and path as one piece.
+    const bool whole = base.m_prefixLen != 0;
+    if (whole)
+        buf.assign(base.m_buf.data(), hostEnd);
+    else
+        buf.assign(name).append("://").append(host);
+    std::size_t checkFrom = hostEnd;
+    if (!rel.empty() && rel[0] == '#') {
+        // The base without its fragment, then the new fragment.
+        buf.append(path).append(base.Part(base.m_filePart));
+        buf.append(extra.substr(0, extra.find('#')));
+    } else if (rel.empty() || !IsSeparator(rel[0])) {
+        // A relative path (or a query, or nothing) goes after the base's
+        // directory, which holds no query, fragment, backslash or dot
+        // segment: only the link is checked.
+        buf.append(path);
+        checkFrom = buf.size();
+    }
+    buf.append(rel);
+    return TakeSimpleText(buf, colonEnd, hostEnd, checkFrom, std::string_view());
 }
 
 int CURLParser::CreateFromAbsoluteURL(const char* url) {
     // A bare fragment or query is never an absolute URL.
-    if (url != nullptr && url[0] != '#' && url[0] != '?' && TakeSimpleURL(url, url))
+    if (url != nullptr && url[0] != '#' && url[0] != '?' && TakeSimpleURL(url))
         return m_valid;
     Clear();
     if (url == nullptr || url[0] == '#' || url[0] == '?')
@@ -778,6 +903,8 @@ MString CURLParser::GetFullPathWithLabelAndSearch() const {
 }
 
 MString CURLParser::GetFullURL() const {
+    if (m_valid && m_prefixLen != 0)
+        return MString(m_buf.data(), m_extraPart.off);
     MString text;
     if (m_valid)
         ToStringRep(text, 0);
@@ -813,6 +940,20 @@ int CURLParser::EstimateStringRepSize(int options) const {
 }
 
 int CURLParser::ToStringRep(MString& text, int options) const {
+    const bool whole = (options & LABEL) && (options & SEARCH);
+    if (m_prefixLen != 0) {
+        // Scheme to file (and the extra information) are one piece of m_buf.
+        const std::size_t end = m_extraPart.off;
+        if (whole || m_extraPart.len == 0 || !(options & (LABEL | SEARCH))) {
+            text.assign(m_buf.data(), whole ? m_buf.size() : end);
+            return static_cast<int>(text.size());
+        }
+        text.clear();
+        text.reserve(m_buf.size() + 1);
+        text.append(m_buf.data(), end);
+        AppendExtra(text, options);
+        return static_cast<int>(text.size());
+    }
     text.clear();
     text.reserve(static_cast<std::size_t>(EstimateStringRepSize(options)));
     text += m_scheme->name;
@@ -829,7 +970,6 @@ int CURLParser::ToStringRep(MString& text, int options) const {
     }
     // Host, path, file and extra information follow each other in the
     // buffer: without a port to insert they are appended in one piece.
-    const bool whole = (options & LABEL) && (options & SEARCH);
     if (host.empty() || IsDefaultPort()) {
         text.append(
             m_buf.data() + m_hostPart.off,
@@ -842,19 +982,25 @@ int CURLParser::ToStringRep(MString& text, int options) const {
         text.append(m_buf.data() + m_pathPart.off, m_pathPart.len + m_filePart.len);
     }
     if (!extra.empty()) {
-        if ((options & LABEL) && (options & SEARCH)) {
+        if (whole)
             text += extra;
-        } else if (options & (LABEL | SEARCH)) {
-            std::string_view search, label;
-            DivideExtra(&search, &label);
-            // With the label option alone a label suppresses the search.
-            if ((options & LABEL) && !label.empty())
-                text.append(1, '#').append(label);
-            else if (extra[0] == '?')
-                text.append(1, '?').append(search);
-        }
+        else
+            AppendExtra(text, options);
     }
     return static_cast<int>(text.size());
+}
+
+void CURLParser::AppendExtra(MString& text, int options) const {
+    const std::string_view extra = Part(m_extraPart);
+    if (extra.empty() || !(options & (LABEL | SEARCH)))
+        return;
+    std::string_view search, label;
+    DivideExtra(&search, &label);
+    // With the label option alone a label suppresses the search.
+    if ((options & LABEL) && !label.empty())
+        text.append(1, '#').append(label);
+    else if (extra[0] == '?')
+        text.append(1, '?').append(search);
 }
 
 MString CURLParser::GetSimplifiedHost() const {

@@ -143,17 +143,27 @@ public:
 private:
     void Clear();
     int CreateFromCanonicalText(const char* text, const char* portSearchText);
-    /// The common case of an http or https URL that canonicalization would
-    /// leave as it stands, taken apart in one pass; false (nothing changed)
-    /// for anything else, which then goes the general way.
-    bool TakeSimpleURL(std::string_view text, const char* portSearchText);
+    /// The common case of an http or https URL, taken apart in one pass
+    /// (with the clean-up canonicalization would do: backslashes, dot
+    /// segments, the "/" of an empty path); false for anything else, which
+    /// then goes the general way.
+    bool TakeSimpleURL(std::string_view url);
     bool TakeSimpleRelativeURL(const CURLParser& base, const char* url);
+    // The one-pass check and split of the URL text in buf (it may be
+    // rewritten); colonEnd follows the scheme's colon, hostEnd is 0 unless
+    // known, the bytes before checkFrom are known to be plain, and the
+    // explicit port is looked for in portText or, when it has no data, in the
+    // text as taken apart. On success the text becomes m_buf.
+    bool TakeSimpleText(MString& buf, std::size_t colonEnd, std::size_t hostEnd,
+                        std::size_t checkFrom, std::string_view portText);
     bool HasSimpleBase() const;
     int CreateFromURLComponents(const webstep::platform::URL_COMPONENTSA& components);
     void DivideExtra(MString* search, MString* label) const;
     // The search and label inside the extra information, without copies.
     void DivideExtra(std::string_view* search, std::string_view* label) const;
     bool IsDefaultPort() const;
+    // Appends the search or label the options ask for (not both).
+    void AppendExtra(MString& text, int options) const;
     // Path and file joined, with room for the extra information.
     MString FullPath() const;
 
@@ -181,4 +191,8 @@ private:
     bool m_explicitPort = false;
     // Taken apart by the one-pass path, so known to be a plain base.
     bool m_plain = false;
+    // When not 0, m_buf starts with the printed scheme and separator
+    // ("http://"), followed by host, path, file and extra information
+    // without port or user information: the printed URL is one piece of it.
+    std::uint8_t m_prefixLen = 0;
 };
