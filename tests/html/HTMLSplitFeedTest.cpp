@@ -172,3 +172,33 @@ TEST(HTMLSplitFeed, ShortPageGivesTheExpectedCallbacks) {
     };
     EXPECT_EQ(events, expected);
 }
+
+TEST(HTMLSplitFeed, TokensDoNotDependOnTheCallersBufferAfterTheFeed) {
+    // The caller fills one buffer again for every piece and spoils it after
+    // each feed: tokens still open at a piece end must have kept their bytes.
+    const auto pages = CorpusPages();
+    ASSERT_FALSE(pages.empty());
+    for (const auto& path : pages) {
+        const std::string page = ReadFile(path);
+        TokenRecorder whole;
+        {
+            CHTMLLexer lexer(&whole);
+            FeedLexer(lexer, page);
+        }
+        for (std::size_t piece : {5u, 64u, 4096u}) {
+            TokenRecorder rec;
+            CHTMLLexer lexer(&rec);
+            std::string buffer(piece, '\0');
+            for (std::size_t at = 0; at < page.size(); at += piece) {
+                const std::size_t n = std::min(piece, page.size() - at);
+                buffer.assign(page, at, n);
+                lexer.feed(buffer.data(), static_cast<unsigned>(n));
+                buffer.assign(n, 'Z');
+            }
+            lexer.feed(nullptr, 0);
+            ExpectSameTokens(
+                rec, whole,
+                path.filename().string() + " from a reused buffer of " + std::to_string(piece));
+        }
+    }
+}
