@@ -437,7 +437,8 @@ bool CURLParser::TakeSimpleText(MString& buf, std::size_t colonEnd, std::size_t 
                          : HasPortText(std::string_view(data, n), colonEnd, port);
     if (&buf != &m_buf)
         m_buf.swap(buf);
-    m_scheme = TheInternetSchemeMap().GetDescr(http ? 3L : 4L);
+    // The table exists: every constructor made sure of it.
+    m_scheme = InternetSchemeMap::m_SchemeDescrArray + (http ? 3 : 4);
     m_port = m_scheme->defaultPort;
     const auto at = [](std::size_t k) { return static_cast<std::uint32_t>(k); };
     m_userPart = m_passwordPart = PartRange{at(schemeLength), 0};
@@ -458,7 +459,9 @@ bool CURLParser::TakeSimpleURL(std::string_view url) {
     const std::size_t colonEnd = WebSchemeColonEnd(url);
     if (colonEnd == 0)
         return false;
-    m_buf.assign(url);
+    // clear and append: assign would check whether the text overlaps.
+    m_buf.clear();
+    m_buf.append(url);
     // The explicit port is looked for in the text as given.
     return TakeSimpleText(m_buf, colonEnd, 0, colonEnd, url);
 }
@@ -517,7 +520,8 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
             if (colonEnd == 0 || rel.size() < colonEnd + 2 || rel[colonEnd] != '/' ||
                 rel[colonEnd + 1] != '/')
                 return false;
-            buf.assign(rel);
+            buf.clear();
+            buf.append(rel);
             return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
         }
     }
@@ -525,32 +529,44 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
     const std::size_t colonEnd = name.size() + 1;
     if (rel.size() >= 2 && IsSeparator(rel[0]) && IsSeparator(rel[1])) {
         // A network-path link keeps only the base's scheme.
+        buf.clear();
         buf.reserve(colonEnd + rel.size() + 1);
-        buf.assign(name).append(1, ':').append(rel);
+        buf.append(name).append(1, ':').append(rel);
         return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
     }
     const std::string_view host = base.Part(base.m_hostPart);
     const std::string_view path = base.Part(base.m_pathPart);
     const std::string_view extra = base.Part(base.m_extraPart);
     const std::size_t hostEnd = colonEnd + 2 + host.size();
+    buf.clear();
     buf.reserve(hostEnd + path.size() + base.m_filePart.len + extra.size() + rel.size() + 1);
-    // The one-pass path keeps scheme, host and path as one piece.
+    // The one-pass path keeps scheme, host, path, file and extra information
+    // as one piece.
     const bool whole = base.m_prefixLen != 0;
-    if (whole)
-        buf.assign(base.m_buf.data(), hostEnd);
-    else
-        buf.assign(name).append("://").append(host);
+    const auto addBase = [&](std::string_view tail, std::size_t tailEnd) {
+        if (whole)
+            buf.append(base.m_buf.data(), tailEnd);
+        else
+            buf.append(name).append("://").append(host).append(tail);
+    };
     std::size_t checkFrom = hostEnd;
     if (!rel.empty() && rel[0] == '#') {
         // The base without its fragment, then the new fragment.
-        buf.append(path).append(base.Part(base.m_filePart));
-        buf.append(extra.substr(0, extra.find('#')));
+        const std::string_view search = extra.substr(0, extra.find('#'));
+        if (whole) {
+            addBase({}, base.m_extraPart.off + search.size());
+        } else {
+            addBase(path, 0);
+            buf.append(base.Part(base.m_filePart)).append(search);
+        }
     } else if (rel.empty() || !IsSeparator(rel[0])) {
         // A relative path (or a query, or nothing) goes after the base's
         // directory, which holds no query, fragment, backslash or dot
         // segment: only the link is checked.
-        buf.append(path);
+        addBase(path, base.m_pathPart.off + path.size());
         checkFrom = buf.size();
+    } else {
+        addBase({}, hostEnd);
     }
     buf.append(rel);
     return TakeSimpleText(buf, colonEnd, hostEnd, checkFrom, std::string_view());
