@@ -131,6 +131,87 @@ bool IsEmpty(const char* s) {
 }  // namespace
 
 // ---------------------------------------------------------------------------
+// The parts text
+
+CURLParser::CPartsText::CPartsText(const CPartsText& other) : m_data(m_inline) {
+    append(other.m_data, other.m_size);
+}
+
+CURLParser::CPartsText& CURLParser::CPartsText::operator=(const CPartsText& other) {
+    if (this != &other) {
+        clear();
+        append(other.m_data, other.m_size);
+    }
+    return *this;
+}
+
+CURLParser::CPartsText::~CPartsText() {
+    if (m_data != m_inline)
+        delete[] m_data;
+}
+
+void CURLParser::CPartsText::reserve(std::size_t capacity) {
+    if (capacity <= m_capacity)
+        return;
+    if (capacity < 2 * m_capacity)
+        capacity = 2 * m_capacity;
+    char* grown = new char[capacity];
+    if (m_size != 0)
+        std::memcpy(grown, m_data, m_size);
+    if (m_data != m_inline)
+        delete[] m_data;
+    m_data = grown;
+    m_capacity = capacity;
+}
+
+CURLParser::CPartsText& CURLParser::CPartsText::append(const char* text, std::size_t length) {
+    if (length == 0)
+        return *this;
+    if (m_size + length > m_capacity) {
+        // The text may be a piece of this buffer: it is copied before the
+        // old storage goes.
+        std::size_t capacity = 2 * m_capacity;
+        if (capacity < m_size + length)
+            capacity = m_size + length;
+        char* grown = new char[capacity];
+        std::memcpy(grown, m_data, m_size);
+        std::memcpy(grown + m_size, text, length);
+        if (m_data != m_inline)
+            delete[] m_data;
+        m_data = grown;
+        m_capacity = capacity;
+    } else {
+        std::memmove(m_data + m_size, text, length);
+    }
+    m_size += length;
+    return *this;
+}
+
+void CURLParser::CPartsText::insert(std::size_t at, char c) {
+    reserve(m_size + 1);
+    std::memmove(m_data + at + 1, m_data + at, m_size - at);
+    m_data[at] = c;
+    ++m_size;
+}
+
+void CURLParser::CPartsText::erase(std::size_t at, std::size_t length) {
+    std::memmove(m_data + at, m_data + at + length, m_size - at - length);
+    m_size -= length;
+}
+
+void CURLParser::CPartsText::swap(CPartsText& other) {
+    if (m_data != m_inline && other.m_data != other.m_inline) {
+        std::swap(m_data, other.m_data);
+        std::swap(m_size, other.m_size);
+        std::swap(m_capacity, other.m_capacity);
+        return;
+    }
+    CPartsText held(other);
+    other = *this;
+    *this = held;
+}
+
+// ---------------------------------------------------------------------------
 // CURLParser
 
 CURLParser::CrackFunc CURLParser::lpfncInternetCrackURL = &InternetCrackUrlA;
@@ -192,7 +273,7 @@ void CURLParser::Clear() {
 void CURLParser::SetParts(std::string_view user, std::string_view password, std::string_view host,
                           std::string_view path, std::string_view file, std::string_view extra) {
     // The parts may come from m_buf itself, so they are joined in a new buffer.
-    MString buf;
+    CPartsText buf;
     buf.reserve(user.size() + password.size() + host.size() + path.size() + file.size() +
                 extra.size());
     auto add = [&buf](std::string_view piece, PartRange& range) {
@@ -347,7 +428,7 @@ std::size_t ResolveDotSegments(char* data, std::size_t begin, std::size_t end) {
 
 }  // namespace
 
-bool CURLParser::TakeSimpleText(MString& buf, std::size_t colonEnd, std::size_t hostEnd,
+bool CURLParser::TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size_t hostEnd,
                                 std::size_t checkFrom, std::string_view portText) {
     // Part offsets are 32 bits.
     if (buf.size() >= 0xFFFFFFF0u)
@@ -382,7 +463,7 @@ bool CURLParser::TakeSimpleText(MString& buf, std::size_t colonEnd, std::size_t 
             return false;
         if (i == extraStart) {
             // "http://host?x" gains the "/" of an empty path.
-            buf.insert(i, 1, '/');
+            buf.insert(i, '/');
             data = buf.data();
             ++n;
             ++extraStart;
@@ -505,8 +586,8 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
         return false;
     // Resolving against itself needs the base's parts while the new text is
     // built; otherwise the text is built in place.
-    MString local;
-    MString& buf = &base == this ? local : m_buf;
+    CPartsText local;
+    CPartsText& buf = &base == this ? local : m_buf;
     const void* colon = std::memchr(rel.data(), ':', rel.size());
     if (colon != nullptr) {
         // A scheme, unless a "/", "\", "?" or "#" comes first (none is a
@@ -531,7 +612,7 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
         // A network-path link keeps only the base's scheme.
         buf.clear();
         buf.reserve(colonEnd + rel.size() + 1);
-        buf.append(name).append(1, ':').append(rel);
+        buf.append(name).append(":").append(rel);
         return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
     }
     const std::string_view host = base.Part(base.m_hostPart);

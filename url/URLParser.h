@@ -141,6 +141,34 @@ public:
     static CrackFunc lpfncInternetCrackURL;
 
 private:
+    // The text the parts are ranges of: held in the parser itself up to a
+    // size that most URLs fit in, on the heap beyond, so that taking a URL
+    // apart allocates nothing in the common case.
+    class CPartsText {
+    public:
+        CPartsText() noexcept : m_data(m_inline) {}
+        CPartsText(const CPartsText& other);
+        CPartsText& operator=(const CPartsText& other);
+        ~CPartsText();
+        const char* data() const { return m_data; }
+        char* data() { return m_data; }
+        std::size_t size() const { return m_size; }
+        void clear() { m_size = 0; }
+        void reserve(std::size_t capacity);
+        CPartsText& append(const char* text, std::size_t length);
+        CPartsText& append(std::string_view text) { return append(text.data(), text.size()); }
+        void insert(std::size_t at, char c);
+        void erase(std::size_t at, std::size_t length);
+        void swap(CPartsText& other);
+
+    private:
+        static constexpr std::size_t kInline = 104;
+        char* m_data;
+        std::size_t m_size = 0;
+        std::size_t m_capacity = kInline;
+        char m_inline[kInline];
+    };
+
     void Clear();
     int CreateFromCanonicalText(const char* text, const char* portSearchText);
     /// The common case of an http or https URL, taken apart in one pass
@@ -154,7 +182,7 @@ private:
     // known, the bytes before checkFrom are known to be plain, and the
     // explicit port is looked for in portText or, when it has no data, in the
     // text as taken apart. On success the text becomes m_buf.
-    bool TakeSimpleText(MString& buf, std::size_t colonEnd, std::size_t hostEnd,
+    bool TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size_t hostEnd,
                         std::size_t checkFrom, std::string_view portText);
     bool HasSimpleBase() const;
     int CreateFromURLComponents(const webstep::platform::URL_COMPONENTSA& components);
@@ -181,7 +209,7 @@ private:
     int m_valid = 0;
     SchemeDescr* m_scheme = nullptr;
     std::uint16_t m_port = 0;
-    MString m_buf;
+    CPartsText m_buf;
     PartRange m_userPart;
     PartRange m_passwordPart;
     PartRange m_hostPart;

@@ -352,4 +352,34 @@ TEST(URLFastPath, RandomLinksGiveWhatTheGeneralWayGives) {
     }
 }
 
+// URLs around and beyond the size a parser holds without allocating: taken
+// apart, copied, assigned and resolved against themselves (the text moving
+// between the parser and the heap both ways) as the general way does.
+TEST(URLFastPath, URLsOfEveryLengthKeepTheirPartsWhenCopiedAndResolved) {
+    for (std::size_t length = 60; length < 160; ++length) {
+        std::string url = "http://www.example.com/dir/";
+        url += std::string(length - url.size() - 4, 'p');
+        url += "?q=1";
+        ASSERT_EQ(url.size(), length);
+        const CURLParser parsed(url.c_str());
+        EXPECT_EQ(Describe(parsed), AbsoluteGeneral(url)) << url;
+        CURLParser copy(parsed);
+        EXPECT_EQ(Describe(copy), Describe(parsed)) << url;
+        CURLParser assigned("http://www.example.com/short");
+        assigned = parsed;
+        EXPECT_EQ(Describe(assigned), Describe(parsed)) << url;
+        assigned = CURLParser("http://www.example.com/short");
+        EXPECT_EQ(assigned.GetFullURL(), "http://www.example.com/short") << url;
+        for (const char* link : {"x", "../longer/link/text/than/before.html?q#f", "#f", "/"}) {
+            CURLParser self(url.c_str());
+            self.CreateFromRelativeURL(self, link);
+            EXPECT_EQ(Describe(self), RelativeGeneral(url, link)) << url << " + " << link;
+            CURLParser other(url.c_str());
+            other.CreateFromRelativeURL(CURLParser("http://www.example.com/a/b"), link);
+            EXPECT_EQ(Describe(other), RelativeGeneral("http://www.example.com/a/b", link))
+                << url << " + " << link;
+        }
+    }
+}
+
 }  // namespace
