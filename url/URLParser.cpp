@@ -320,6 +320,16 @@ struct PlainHostBytes {
 };
 constexpr PlainHostBytes kPlainHostBytes;
 
+// The bytes that end the search for a link's scheme.
+struct SchemeStops {
+    bool stop[256];
+    constexpr SchemeStops() : stop() {
+        for (unsigned char c : {':', '/', '\\', '?', '#'})
+            stop[c] = true;
+    }
+};
+constexpr SchemeStops kSchemeStops;
+
 // The same answer as a substring search of the whole text for the port text
 // (":80" or ":443"), which cannot start inside the scheme ("http://" has its
 // colon before "//"); a byte search for the colons is cheaper than strstr.
@@ -332,34 +342,6 @@ bool HasPortText(std::string_view text, std::size_t from, std::string_view port)
             return true;
         at = std::memchr(data + k + 1, ':', n - k - 1);
     }
-    return false;
-}
-
-// Looks for blanks and control bytes eight at a time (a bit trick on 64-bit
-// words, exact for "some byte of the word"), the tail byte by byte: a link
-// is short and this stops at the first blank.
-constexpr std::uint64_t kOnes = ~std::uint64_t{0} / 255;
-constexpr std::uint64_t kHighs = kOnes * 0x80;
-
-std::uint64_t LoadWord(const char* p) {
-    std::uint64_t word;
-    std::memcpy(&word, p, sizeof word);
-    return word;
-}
-
-// Some byte of the word is below n (n <= 128).
-constexpr std::uint64_t AnyBelow(std::uint64_t x, std::uint64_t n) {
-    return (x - kOnes * n) & ~x & kHighs;
-}
-
-bool HasBlank(const char* p, std::size_t n) {
-    std::size_t k = 0;
-    for (; k + 8 <= n; k += 8)
-        if (AnyBelow(LoadWord(p + k), 0x21))
-            return true;
-    for (; k < n; ++k)
-        if (static_cast<unsigned char>(p[k]) <= 0x20)
-            return true;
     return false;
 }
 
@@ -438,15 +420,15 @@ bool CURLParser::TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size
     char* data = buf.data();
     // Byte searches and branch-free sweeps: URLs with long queries are common.
     const void* query = std::memchr(data + checkFrom, '?', n - checkFrom);
-    const void* hash = std::memchr(data + checkFrom, '#', n - checkFrom);
+    const std::size_t hashEnd =
+        query != nullptr ? static_cast<std::size_t>(static_cast<const char*>(query) - data) : n;
     // A fragment before the query would be split at the query when the URL
     // is taken apart again.
-    if (hash != nullptr && query != nullptr && hash < query)
+    const void* hash = std::memchr(data + checkFrom, '#', hashEnd - checkFrom);
+    if (hash != nullptr && query != nullptr)
         return false;
     std::size_t extraStart =
-        query != nullptr  ? static_cast<std::size_t>(static_cast<const char*>(query) - data)
-        : hash != nullptr ? static_cast<std::size_t>(static_cast<const char*>(hash) - data)
-                          : n;
+        hash != nullptr ? static_cast<std::size_t>(static_cast<const char*>(hash) - data) : hashEnd;
     // Backslashes before the query or fragment are slashes.
     if (void* back = std::memchr(data + checkFrom, '\\', extraStart - checkFrom)) {
         for (char* p = static_cast<char*>(back); p < data + extraStart; ++p)
@@ -580,31 +562,29 @@ bool CURLParser::TakeSimpleRelativeURL(const CURLParser& base, const char* url) 
         return false;
     if (!(base.m_plain || base.HasSimpleBase()))
         return false;
+    // Blanks and control characters, which the general way trims or
+    // removes, are refused by the sweep of the joined text: it holds every
+    // byte of the link.
     const std::string_view rel(url);
-    // Blanks and control characters are trimmed or removed by the general way.
-    if (HasBlank(rel.data(), rel.size()))
-        return false;
     // Resolving against itself needs the base's parts while the new text is
     // built; otherwise the text is built in place.
     CPartsText local;
     CPartsText& buf = &base == this ? local : m_buf;
-    const void* colon = std::memchr(rel.data(), ':', rel.size());
-    if (colon != nullptr) {
-        // A scheme, unless a "/", "\", "?" or "#" comes first (none is a
-        // scheme character). Only a plain http or https URL is taken here.
-        const std::size_t stop = rel.find_first_of("/\\?#");
-        if (stop == std::string_view::npos ||
-            stop > static_cast<std::size_t>(static_cast<const char*>(colon) - rel.data())) {
-            // With the base's own scheme, only "//" (not backslashes) makes
-            // the link absolute.
-            const std::size_t colonEnd = WebSchemeColonEnd(rel);
-            if (colonEnd == 0 || rel.size() < colonEnd + 2 || rel[colonEnd] != '/' ||
-                rel[colonEnd + 1] != '/')
-                return false;
-            buf.clear();
-            buf.append(rel);
-            return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
-        }
+    // A scheme ends at a colon that no "/", "\", "?" or "#" precedes (none
+    // is a scheme character). Only a plain http or https URL is taken here.
+    std::size_t stop = 0;
+    while (stop < rel.size() && !kSchemeStops.stop[static_cast<unsigned char>(rel[stop])])
+        ++stop;
+    if (stop < rel.size() && rel[stop] == ':') {
+        // With the base's own scheme, only "//" (not backslashes) makes the
+        // link absolute.
+        const std::size_t colonEnd = WebSchemeColonEnd(rel);
+        if (colonEnd == 0 || rel.size() < colonEnd + 2 || rel[colonEnd] != '/' ||
+            rel[colonEnd + 1] != '/')
+            return false;
+        buf.clear();
+        buf.append(rel);
+        return TakeSimpleText(buf, colonEnd, 0, colonEnd, std::string_view());
     }
     const std::string_view name = base.m_scheme->name;
     const std::size_t colonEnd = name.size() + 1;

@@ -324,10 +324,11 @@ TEST(URLFastPath, PortTextIsLookedForWhereTheGeneralWayLooks) {
     EXPECT_EQ(CURLParser("http://www.example.com/x:80/../y").GetPath(), "/");
 }
 
-// Random links made of the bytes that steer resolution, against bases of
+// Random links made of the bytes that steer resolution (and blanks, a tab,
+// a byte above ASCII, upper case, user information), against bases of
 // several shapes, and the same texts after an http host as absolute URLs.
 TEST(URLFastPath, RandomLinksGiveWhatTheGeneralWayGives) {
-    static const char kBytes[] = "./\\.?#:a8%/0";
+    static const char kBytes[] = "./\\.?#:a8%/0 \t\xe9H@";
     const std::vector<std::string> bases = {
         "http://www.example.com/a/b/c.html?q#f",
         "https://www.example.com/",
