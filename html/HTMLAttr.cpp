@@ -19,22 +19,43 @@ char* Duplicate(const char* s) {
 
 constexpr int kAttrsGrowStep = 10;
 
+unsigned Length(const char* s) {
+    return s != nullptr ? static_cast<unsigned>(std::strlen(s)) : 0;
+}
+
+unsigned Capacity(const char* s) {
+    return s != nullptr ? Length(s) + 1 : 0;
+}
+
 }  // namespace
 
 CHTMLAttr::CHTMLAttr(const char* name, const char* value)
-    : m_name(Duplicate(name)), m_value(Duplicate(value)) {}
+    : m_name(Duplicate(name)),
+      m_value(Duplicate(value)),
+      m_nameCapacity(Capacity(name)),
+      m_valueCapacity(Capacity(value)),
+      m_hasValue(value != nullptr) {}
 
 CHTMLAttr::CHTMLAttr(const CHTMLAttr& other)
-    : m_name(Duplicate(other.m_name)), m_value(Duplicate(other.m_value)) {}
+    : m_name(Duplicate(other.m_name)),
+      m_value(Duplicate(other.value())),
+      m_nameCapacity(Capacity(other.m_name)),
+      m_valueCapacity(Capacity(other.value())),
+      m_hasValue(other.m_hasValue) {}
 
 CHTMLAttr& CHTMLAttr::operator=(const CHTMLAttr& other) {
     if (this != &other) {
-        char* name = Duplicate(other.m_name);
-        char* value = Duplicate(other.m_value);
-        std::free(m_name);
-        std::free(m_value);
-        m_name = name;
-        m_value = value;
+        if (other.m_name == nullptr) {
+            std::free(m_name);
+            m_name = nullptr;
+            m_nameCapacity = 0;
+        } else {
+            Store(m_name, m_nameCapacity, other.m_name, Length(other.m_name));
+        }
+        if (other.m_hasValue) {
+            Store(m_value, m_valueCapacity, other.m_value, Length(other.m_value));
+        }
+        m_hasValue = other.m_hasValue;
     }
     return *this;
 }
@@ -44,10 +65,41 @@ CHTMLAttr::~CHTMLAttr() {
     std::free(m_value);
 }
 
+// Copies text into buffer, growing it when it is too small; a buffer that
+// cannot grow keeps what it had and the text is cut to fit.
+void CHTMLAttr::Store(char*& buffer, unsigned& capacity, const char* text, unsigned length) {
+    if (length >= capacity) {
+        char* grown =
+            static_cast<char*>(std::realloc(buffer, static_cast<std::size_t>(length) + 1));
+        if (grown != nullptr) {
+            buffer = grown;
+            capacity = length + 1;
+        }
+    }
+    if (buffer == nullptr || capacity == 0) {
+        return;
+    }
+    if (length >= capacity) {
+        length = capacity - 1;
+    }
+    std::memmove(buffer, text, length);
+    buffer[length] = '\0';
+}
+
 void CHTMLAttr::setValue(const char* value) {
-    char* copy = Duplicate(value != nullptr ? value : "");
-    std::free(m_value);
-    m_value = copy;
+    const char* text = value != nullptr ? value : "";
+    Store(m_value, m_valueCapacity, text, Length(text));
+    m_hasValue = m_value != nullptr;
+}
+
+void CHTMLAttr::assign(const char* name, unsigned nameLength, const char* value,
+                       unsigned valueLength) {
+    Store(m_name, m_nameCapacity, name, nameLength);
+    m_hasValue = false;
+    if (value != nullptr) {
+        Store(m_value, m_valueCapacity, value, valueLength);
+        m_hasValue = m_value != nullptr;
+    }
 }
 
 CHTMLAttrs::CHTMLAttrs()

@@ -3,6 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "webstep/html/HTMLLexer.h"
 #include "webstep/platform/CharacterServices.h"
@@ -28,6 +31,8 @@ constexpr int kTagHashWeights[kTagHashBytes] = {1, 5, 2, 5, 3, 1};
 constexpr unsigned kMaxEntityName = 80;
 // Bytes of the attribute value buffer kept between values.
 constexpr std::size_t kMaxKeptScratch = 64 * 1024;
+// Spare attributes kept between tags.
+constexpr int kMaxSpareAttrs = 256;
 
 constexpr int HashOf(const char* name, unsigned length) {
     int h = 0;
@@ -110,13 +115,34 @@ bool ParseNumericName(const char* name, unsigned length, unsigned long& value) {
     return ParseNumber(name + 1, length - 1, 10, value);
 }
 
-char* DuplicateN(const char* s, unsigned n) {
-    char* copy = static_cast<char*>(std::malloc(static_cast<std::size_t>(n) + 1));
-    if (copy != nullptr) {
-        std::memcpy(copy, s, n);
-        copy[n] = '\0';
+// The first line break, ampersand or NUL byte of a value, or n. No lead or
+// trail byte of a multi-byte character of the supported code pages is one of
+// these bytes, so a byte search finds what a walk by characters would.
+std::size_t StopOfValue(const char* s, std::size_t n) {
+    std::size_t i = 0;
+#if defined(__SSE2__)
+    const __m128i lf = _mm_set1_epi8('\n');
+    const __m128i cr = _mm_set1_epi8('\r');
+    const __m128i amp = _mm_set1_epi8('&');
+    const __m128i nul = _mm_setzero_si128();
+    for (; i + 16 <= n; i += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+        const __m128i hit =
+            _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, lf), _mm_cmpeq_epi8(v, cr)),
+                         _mm_or_si128(_mm_cmpeq_epi8(v, amp), _mm_cmpeq_epi8(v, nul)));
+        const int mask = _mm_movemask_epi8(hit);
+        if (mask != 0) {
+            return i + static_cast<std::size_t>(__builtin_ctz(static_cast<unsigned>(mask)));
+        }
     }
-    return copy;
+#endif
+    for (; i < n; ++i) {
+        const char c = s[i];
+        if (c == '\n' || c == '\r' || c == '&' || c == '\0') {
+            return i;
+        }
+    }
+    return n;
 }
 
 }  // namespace
@@ -184,8 +210,9 @@ CHTMLBaseParser::CHTMLBaseParser()
       m_inStartTag(false),
       m_currentTag(HTML_UNKNOWN_TAG),
       m_wanted(false),
-      m_pendingName(nullptr),
+      m_hasPendingName(false),
       m_attrs(nullptr),
+      m_spareAttrs(new CHTMLAttrs()),
       m_text(new CTextBuffer()),
       m_inComment(false),
       m_comment(new CTextBuffer()),
@@ -201,7 +228,7 @@ CHTMLBaseParser::~CHTMLBaseParser() {
     delete m_sink;
     delete[] m_tagCallbacks;
     delete m_attrs;
-    std::free(m_pendingName);
+    delete m_spareAttrs;
     delete m_text;
     delete m_comment;
     delete m_multiByte;
@@ -235,8 +262,7 @@ void CHTMLBaseParser::startParse() {
     m_inCommentTag = false;
     m_unterminatedComment = false;
     m_inMultiByte = false;
-    std::free(m_pendingName);
-    m_pendingName = nullptr;
+    m_hasPendingName = false;
     m_text->clean();
     m_comment->clean();
     m_multiByte->clean();
@@ -415,17 +441,70 @@ void CHTMLBaseParser::processAttrValue(char* value) {
     }
 }
 
+void CHTMLBaseParser::addValue(const char* text, unsigned length) {
+    // Like a C string, the value ends at a NUL byte.
+    const unsigned n = static_cast<unsigned>(StopOfValue(text, length));
+    const unsigned name = static_cast<unsigned>(m_pendingName.size());
+    if (n == length || text[n] == '\0') {
+        // No line break or reference: only the quotes at the ends go, as
+        // processAttrValue would take them, without rewriting the value.
+        const char* v = text;
+        unsigned vn = n;
+        if (vn > 1) {
+            if (v[vn - 1] == '"' || v[vn - 1] == '\'') {
+                --vn;
+            }
+            if (v[0] == '"' || v[0] == '\'') {
+                ++v;
+                --vn;
+            }
+        }
+        addAttr(m_pendingName.data(), name, v, vn);
+        return;
+    }
+    // The value is rewritten in a buffer kept for the thread; the attribute
+    // takes its own copy.
+    thread_local std::string scratch;
+    scratch.assign(text, length);
+    processAttrValue(scratch.data());
+    addAttr(m_pendingName.data(), name, scratch.c_str(),
+            static_cast<unsigned>(std::strlen(scratch.c_str())));
+    if (scratch.capacity() > kMaxKeptScratch) {
+        std::string().swap(scratch);  // a huge value is not kept
+    }
+}
+
 void CHTMLBaseParser::appendText(const char* text, unsigned length) {
     m_text->append(text, length);
 }
 
 void CHTMLBaseParser::addPendingName() {
     // The empty name of a bare attribute carries nothing worth listing.
-    if (m_pendingName != nullptr && m_pendingName[0] != '\0' && m_attrs != nullptr) {
-        m_attrs->add(m_pendingName, nullptr);
+    if (m_hasPendingName && !m_pendingName.empty() && m_attrs != nullptr) {
+        addAttr(m_pendingName.data(), static_cast<unsigned>(m_pendingName.size()), nullptr, 0);
     }
-    std::free(m_pendingName);
-    m_pendingName = nullptr;
+    m_hasPendingName = false;
+}
+
+void CHTMLBaseParser::addAttr(const char* name, unsigned nameLength, const char* value,
+                              unsigned valueLength) {
+    CHTMLAttr* attr = m_spareAttrs->takeLast();
+    if (attr == nullptr) {
+        attr = new CHTMLAttr(nullptr, nullptr);
+    }
+    attr->assign(name, nameLength, value, valueLength);
+    m_attrs->add(attr);
+}
+
+void CHTMLBaseParser::clearAttrs() {
+    while (CHTMLAttr* attr = m_attrs->takeLast()) {
+        // A huge value is not kept for the next tags.
+        if (attr->storage() > kMaxKeptScratch || m_spareAttrs->size() >= kMaxSpareAttrs) {
+            delete attr;
+        } else {
+            m_spareAttrs->add(attr);
+        }
+    }
 }
 
 void CHTMLBaseParser::pushStartTag() {
@@ -434,8 +513,7 @@ void CHTMLBaseParser::pushStartTag() {
         m_currentCallback->onStartTag(m_currentTag, m_attrs);
     }
     m_inStartTag = false;
-    std::free(m_pendingName);
-    m_pendingName = nullptr;
+    m_hasPendingName = false;
 }
 
 void CHTMLBaseParser::pushText() {
@@ -481,10 +559,9 @@ void CHTMLBaseParser::onTagData(const CHTMLTokenBatch& batch) {
                 if (m_attrs == nullptr) {
                     m_attrs = new CHTMLAttrs();
                 } else {
-                    m_attrs->removeAll();
+                    clearAttrs();
                 }
-                std::free(m_pendingName);
-                m_pendingName = nullptr;
+                m_hasPendingName = false;
                 // The token holds the less-than sign and the name.
                 m_currentTag = length > 1 ? LookupTag(text + 1, length - 1) : HTML_UNKNOWN_TAG;
                 if (m_currentTag != HTML_UNKNOWN_TAG) {
@@ -526,7 +603,11 @@ void CHTMLBaseParser::onTagData(const CHTMLTokenBatch& batch) {
             case HTML_TOKEN_NAME:
                 if (!m_inComment && m_inStartTag && m_wanted) {
                     addPendingName();
-                    m_pendingName = DuplicateN(text, length);
+                    // Like a C string, the name ends at a NUL byte.
+                    const void* nul = std::memchr(text, '\0', length);
+                    m_pendingName.assign(
+                        text, nul != nullptr ? static_cast<const char*>(nul) - text : length);
+                    m_hasPendingName = true;
                 }
                 break;
             case HTML_TOKEN_NAME_TOKEN:
@@ -536,20 +617,11 @@ void CHTMLBaseParser::onTagData(const CHTMLTokenBatch& batch) {
                         // The callback was withdrawn while the tag was read.
                         m_wanted = false;
                         m_currentCallback = nullptr;
-                    } else if (m_pendingName != nullptr && m_attrs != nullptr) {
-                        // The value is rewritten in a buffer kept for the
-                        // thread; the attribute takes its own copy.
-                        thread_local std::string scratch;
-                        scratch.assign(text, length);
-                        processAttrValue(scratch.data());
-                        if (m_pendingName[0] != '\0') {
-                            m_attrs->add(m_pendingName, scratch.c_str());
+                    } else if (m_hasPendingName && m_attrs != nullptr) {
+                        if (!m_pendingName.empty()) {
+                            addValue(text, length);
                         }
-                        if (scratch.capacity() > kMaxKeptScratch) {
-                            std::string().swap(scratch);  // a huge value is not kept
-                        }
-                        std::free(m_pendingName);
-                        m_pendingName = nullptr;
+                        m_hasPendingName = false;
                     }
                 }
                 break;

@@ -5,6 +5,7 @@
 // script, noframes and noscript as comment text, converts ISO-2022-JP
 // sequences to the process code page and calls the registered callbacks.
 #include <array>
+#include <string>
 
 #include "webstep/foundation/Export.h"
 #include "webstep/foundation/TextBuffer.h"
@@ -113,6 +114,11 @@ private:
     void onNumCharRef(const char* text, unsigned length, bool semicolonFollows);
     void appendText(const char* text, unsigned length);
     void addPendingName();
+    void addValue(const char* text, unsigned length);
+    /// Adds an attribute to the current list, reusing a spare one.
+    void addAttr(const char* name, unsigned nameLength, const char* value, unsigned valueLength);
+    /// Empties the current list into the spares.
+    void clearAttrs();
     void pushStartTag();
     void pushText();
     void pushComment();
@@ -130,8 +136,13 @@ private:
     bool m_inStartTag;
     HTMLTag m_currentTag;
     bool m_wanted;
-    char* m_pendingName;
+    /// The name read last, waiting for its value (cut at a NUL byte).
+    std::string m_pendingName;
+    bool m_hasPendingName;
     CHTMLAttrs* m_attrs;
+    /// Attributes of earlier tags kept for reuse, so that an attribute does
+    /// not cost allocations for its object, name and value at every tag.
+    CHTMLAttrs* m_spareAttrs;
     CTextBuffer* m_text;
     bool m_inComment;
     CTextBuffer* m_comment;
