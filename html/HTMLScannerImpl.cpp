@@ -3,6 +3,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "webstep/html/HTMLVParser.h"
 #include "webstep/platform/CharacterServices.h"
@@ -43,6 +46,29 @@ bool IsSpaceAt(const char* s, std::size_t n) {
 }
 
 constexpr int kMinTextCapacity = 256;
+
+// True when every byte is printable ASCII other than the space (0x21 to
+// 0x7F): no white space and no multi-byte character.
+bool IsPlainUrlText(const char* s, std::size_t n) {
+    std::size_t i = 0;
+#if defined(__SSE2__)
+    const __m128i space = _mm_set1_epi8(0x20);
+    for (; i + 16 <= n; i += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+        // Signed bytes: 0x80 to 0xFF are negative, so only 0x21 to 0x7F pass.
+        if (_mm_movemask_epi8(_mm_cmpgt_epi8(v, space)) != 0xFFFF) {
+            return false;
+        }
+    }
+#endif
+    for (; i < n; ++i) {
+        const unsigned char c = static_cast<unsigned char>(s[i]);
+        if (c <= 0x20 || c >= 0x80) {
+            return false;
+        }
+    }
+    return true;
+}
 
 }  // namespace
 
@@ -249,6 +275,14 @@ char* CHTMLScannerTagCallback::processURL(const char* value) {
         value = "";
     }
     const std::size_t n = std::strlen(value);
+    if (IsPlainUrlText(value, n)) {
+        // Nothing to trim, drop or escape: the value as it stands.
+        char* copy = static_cast<char*>(std::malloc(n + 1));
+        if (copy != nullptr) {
+            std::memcpy(copy, value, n + 1);
+        }
+        return copy;
+    }
     char* out = static_cast<char*>(std::malloc(3 * n + 1));
     std::size_t o = 0;
     // Trim: find the first and the end of the last non-space character.

@@ -1042,3 +1042,22 @@ TEST(HTMLLoaderTest, SettingANullFactoryRestoresTheDefault) {
 }
 
 }  // namespace
+
+TEST(HTMLScannerLinkTest, LinkUrlOfPrintableAsciiIsKeptAndAnyBlankAnywhereIsHandled) {
+    const std::string plain = "http://www.example.com/a/b/c.html?x=1&y=2#frag~\x7f";
+    EXPECT_EQ(ProcessURL(plain.c_str()), plain);
+    // A blank or control byte at any place, also past the first 16 bytes.
+    for (std::size_t at = 0; at <= plain.size(); ++at) {
+        std::string spaced = plain;
+        spaced.insert(at, " ");
+        const std::string inner =
+            at == 0 || at == plain.size() ? plain : plain.substr(0, at) + "%20" + plain.substr(at);
+        EXPECT_EQ(ProcessURL(spaced.c_str()), inner) << at;
+        std::string tabbed = plain;
+        tabbed.insert(at, "\t");
+        EXPECT_EQ(ProcessURL(tabbed.c_str()), plain) << at;
+        std::string control = plain;
+        control.insert(at, "\x01");
+        EXPECT_EQ(ProcessURL(control.c_str()), control) << at;
+    }
+}
