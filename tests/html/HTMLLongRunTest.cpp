@@ -216,3 +216,18 @@ TEST(HTMLLongRunNames, ShiftJisSpaceWhoseTrailByteIsAsciiIsCutWhole) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(HTMLLongRunNames, ShiftJisSpaceAtTheEndOfAnUnquotedValueIsCutWhole) {
+    CodePageGuard guard(webstep::platform::CP_SHIFT_JIS);
+    EXPECT_EQ(Tokens("<p a=n\x81\x40>"),
+              (Strings{"Start Tag:<p", "Attr Name:a", "Literal:n", "Tag Close:>"}));
+    EXPECT_EQ(Tokens("<p a=n\x82\x4f>"),
+              (Strings{"Start Tag:<p", "Attr Name:a", "Name Token:n\x82\x4f", "Tag Close:>"}));
+    // An ASCII byte after an ASCII byte is a character of its own.
+    EXPECT_EQ(Tokens("<p a=\x81\x40x@>"),
+              (Strings{"Start Tag:<p", "Attr Name:a", "Literal:\x81\x40x@", "Tag Close:>"}));
+}
+
+}  // namespace
