@@ -69,9 +69,11 @@ CHTMLAttr::~CHTMLAttr() {
 // cannot grow keeps what it had and the text is cut to fit.
 void CHTMLAttr::Store(char*& buffer, unsigned& capacity, const char* text, unsigned length) {
     if (length >= capacity) {
-        char* grown =
-            static_cast<char*>(std::realloc(buffer, static_cast<std::size_t>(length) + 1));
+        // The old text is not kept (a text inside the buffer never needs it
+        // to grow): a fresh block costs less than a reallocation.
+        char* grown = static_cast<char*>(std::malloc(static_cast<std::size_t>(length) + 1));
         if (grown != nullptr) {
+            std::free(buffer);
             buffer = grown;
             capacity = length + 1;
         }
