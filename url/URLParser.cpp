@@ -1,5 +1,6 @@
 #include "webstep/url/URLParser.h"
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -672,8 +673,9 @@ int CURLParser::CreateFromCanonicalText(const char* text, const char* portSearch
     if (!CreateFromURLComponents(components))
         return 0;
     // A plain substring test: ":<port>" anywhere in the text counts.
-    MString needle = ":" + std::to_string(m_port);
-    m_explicitPort = std::strstr(portSearchText, needle.c_str()) != nullptr;
+    char needle[8];
+    std::snprintf(needle, sizeof needle, ":%u", static_cast<unsigned int>(m_port));
+    m_explicitPort = std::strstr(portSearchText, needle) != nullptr;
     return 1;
 }
 
