@@ -2,6 +2,7 @@
 // the same callbacks.
 #include <gtest/gtest.h>
 
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -201,4 +202,23 @@ TEST(HTMLSplitFeed, TokensDoNotDependOnTheCallersBufferAfterTheFeed) {
                 path.filename().string() + " from a reused buffer of " + std::to_string(piece));
         }
     }
+}
+
+TEST(HTMLSplitFeed, CommentOfManyTokensFedInTinyPiecesTakesLinearTime) {
+    // 240,000 tokens stay pending until the comment ends; every piece end
+    // must only look at the tokens of its own piece.
+    std::string page = "<!--";
+    for (int i = 0; i < 120000; ++i) {
+        page += "ab-";
+    }
+    page += "-->";
+    TokenRecorder rec;
+    CHTMLLexer lexer(&rec);
+    const std::clock_t start = std::clock();
+    FeedLexer(lexer, page, 8);
+    const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+    ASSERT_EQ(rec.tokens.size(), 240003u);
+    EXPECT_EQ(rec.tokens[2].text, "ab");
+    EXPECT_EQ(rec.tokens[3].text, "-");
+    EXPECT_LT(seconds, 1.0);
 }
