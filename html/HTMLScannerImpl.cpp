@@ -47,6 +47,65 @@ bool IsSpaceAt(const char* s, std::size_t n) {
 
 constexpr int kMinTextCapacity = 256;
 
+// Writes the formatted text (see CHTMLScannerTextCallback::Format) of
+// text[0, n) to out and returns its length, which is never above n: every
+// byte is copied, dropped, or one of a run of white space that gives at most
+// one space.
+std::size_t FormatInto(const char* text, std::size_t n, char* out) {
+    std::size_t o = 0;
+    bool pendingSpace = false;
+    std::size_t i = 0;
+    while (i < n) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        if (c < 0x80) {
+            // ASCII: white space sets the pending space, a run of other
+            // characters is copied at once.
+            if (c == ' ' || (c >= '\t' && c <= '\r')) {
+                pendingSpace = o != 0;
+                ++i;
+                continue;
+            }
+            std::size_t j = i + 1;
+            while (j < n) {
+                const unsigned char d = static_cast<unsigned char>(text[j]);
+                if (d >= 0x80 || d == ' ' || (d >= '\t' && d <= '\r')) {
+                    break;
+                }
+                ++j;
+            }
+            if (pendingSpace) {
+                out[o++] = ' ';
+                pendingSpace = false;
+            }
+            std::memcpy(out + o, text + i, j - i);
+            o += j - i;
+            i = j;
+            continue;
+        }
+        const std::size_t len = CharLen(text + i, n - i);
+        if (len == 1 && c == 0xA0) {
+            // A no-break space stands on its own: it ends a run of white
+            // space before it and does not absorb white space after it.
+            if (pendingSpace) {
+                out[o++] = ' ';
+                pendingSpace = false;
+            }
+            out[o++] = ' ';
+        } else if (IsSpaceAt(text + i, n - i)) {
+            pendingSpace = o != 0;
+        } else {
+            if (pendingSpace) {
+                out[o++] = ' ';
+                pendingSpace = false;
+            }
+            std::memcpy(out + o, text + i, len);
+            o += len;
+        }
+        i += len;
+    }
+    return o;
+}
+
 // True when every byte is printable ASCII other than the space (0x21 to
 // 0x7F): no white space and no multi-byte character.
 bool IsPlainUrlText(const char* s, std::size_t n) {
@@ -116,8 +175,12 @@ const char* CHTMLScannerTextCallback::text() {
         return m_raw;
     }
     if (m_formatted == nullptr) {
-        const MString f = Format(m_raw);
-        m_formatted = htmlpage::Duplicate(f.c_str(), static_cast<unsigned>(f.size()));
+        // Formatted straight into its own buffer: the text only shrinks.
+        const std::size_t n = std::strlen(m_raw);
+        m_formatted = static_cast<char*>(std::malloc(n + 1));
+        if (m_formatted != nullptr) {
+            m_formatted[FormatInto(m_raw, n, m_formatted)] = '\0';
+        }
     }
     return m_formatted;
 }
@@ -128,55 +191,8 @@ MString CHTMLScannerTextCallback::Format(const char* text) {
         return out;
     }
     const std::size_t n = std::strlen(text);
-    out.reserve(n);
-    bool pendingSpace = false;
-    std::size_t i = 0;
-    while (i < n) {
-        const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c < 0x80) {
-            // ASCII: white space sets the pending space, a run of other
-            // characters is copied at once.
-            if (c == ' ' || (c >= '\t' && c <= '\r')) {
-                pendingSpace = !out.empty();
-                ++i;
-                continue;
-            }
-            std::size_t j = i + 1;
-            while (j < n) {
-                const unsigned char d = static_cast<unsigned char>(text[j]);
-                if (d >= 0x80 || d == ' ' || (d >= '\t' && d <= '\r')) {
-                    break;
-                }
-                ++j;
-            }
-            if (pendingSpace) {
-                out += ' ';
-                pendingSpace = false;
-            }
-            out.append(text + i, j - i);
-            i = j;
-            continue;
-        }
-        const std::size_t len = CharLen(text + i, n - i);
-        if (len == 1 && c == 0xA0) {
-            // A no-break space stands on its own: it ends a run of white
-            // space before it and does not absorb white space after it.
-            if (pendingSpace) {
-                out += ' ';
-                pendingSpace = false;
-            }
-            out += ' ';
-        } else if (IsSpaceAt(text + i, n - i)) {
-            pendingSpace = !out.empty();
-        } else {
-            if (pendingSpace) {
-                out += ' ';
-                pendingSpace = false;
-            }
-            out.append(text + i, len);
-        }
-        i += len;
-    }
+    out.resize(n);
+    out.resize(FormatInto(text, n, out.data()));
     return out;
 }
 

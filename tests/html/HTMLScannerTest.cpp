@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "HTMLScannerTestSupport.h"
 #include "webstep/html/HTMLScanner.h"
@@ -737,6 +738,25 @@ TEST(HTMLScannerTextTest, FormattedCopyIsDroppedWhenTextArrives) {
     EXPECT_STREQ(t.text(), "a b");
     t.setFormat(false);
     EXPECT_STREQ(t.text(), " a  b ");
+}
+
+TEST(HTMLScannerTextTest, FormattedTextIsTheFormatOfTheRawText) {
+    const std::vector<std::string> texts = {
+        "",
+        "   ",
+        "plain",
+        "  two  words  ",
+        "\t\r\nlines\n\nand\ttabs\r\n",
+        "nbsp\xa0 \xa0after",
+        " \xa0",
+        "a longer run of words that goes on past sixteen bytes  "};
+    for (const std::string& raw : texts) {
+        CHTMLScannerTextCallback t;
+        t.setFormat(true);
+        t.onText(raw.data(), static_cast<unsigned>(raw.size()));
+        EXPECT_EQ(std::string(t.text()), CHTMLScannerTextCallback::Format(raw.c_str())) << raw;
+        EXPECT_LE(std::string(t.text()).size(), raw.size()) << raw;
+    }
 }
 
 // ------------------------------------------------------------------ parse cycle
