@@ -26,6 +26,21 @@ constexpr const char* kTagNames[HTML_KNOWN_TAG_COUNT] = {
     "tt",        "u",        "ul",         "var",     "wbr",      "xmp"};
 
 constexpr int kTagHashBytes = 6;
+
+constexpr std::array<unsigned char, HTML_KNOWN_TAG_COUNT> BuildTagLengths() {
+    std::array<unsigned char, HTML_KNOWN_TAG_COUNT> lengths{};
+    for (int i = 0; i < HTML_KNOWN_TAG_COUNT; ++i) {
+        unsigned n = 0;
+        while (kTagNames[i][n] != '\0') {
+            ++n;
+        }
+        lengths[i] = static_cast<unsigned char>(n);
+    }
+    return lengths;
+}
+
+// The lengths of the known names, so that a lookup compares without strlen.
+constexpr std::array<unsigned char, HTML_KNOWN_TAG_COUNT> kTagLengths = BuildTagLengths();
 constexpr int kTagHashWeights[kTagHashBytes] = {1, 5, 2, 5, 3, 1};
 // Entity names of this many bytes or more are never looked up.
 constexpr unsigned kMaxEntityName = 80;
@@ -330,9 +345,18 @@ HTMLTag CHTMLBaseParser::LookupTag(const char* name, unsigned length) {
         return HTML_UNKNOWN_TAG;
     }
     const HTMLTag tag = static_cast<HTMLTag>(theTagMap[h]);
-    const char* known = TagToString(tag);
-    if (known == nullptr || std::strlen(known) != length || std::memcmp(known, name, length) != 0) {
+    if (tag < HTML_FIRST_KNOWN_TAG || tag > HTML_LAST_TAG) {
         return HTML_UNKNOWN_TAG;
+    }
+    const int index = tag - HTML_FIRST_KNOWN_TAG;
+    if (kTagLengths[index] != length) {
+        return HTML_UNKNOWN_TAG;
+    }
+    const char* known = kTagNames[index];
+    for (unsigned i = 0; i < length; ++i) {
+        if (known[i] != name[i]) {
+            return HTML_UNKNOWN_TAG;
+        }
     }
     return tag;
 }
