@@ -1,5 +1,7 @@
 #include "webstep/html/HTMLAttr.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -27,6 +29,12 @@ unsigned Capacity(const char* s) {
     return s != nullptr ? Length(s) + 1 : 0;
 }
 
+bool Inside(const char* text, const char* buffer, unsigned capacity) {
+    const auto t = reinterpret_cast<std::uintptr_t>(text);
+    const auto b = reinterpret_cast<std::uintptr_t>(buffer);
+    return text != nullptr && buffer != nullptr && t >= b && t < b + capacity;
+}
+
 }  // namespace
 
 CHTMLAttr::CHTMLAttr(const char* name, const char* value)
@@ -34,17 +42,28 @@ CHTMLAttr::CHTMLAttr(const char* name, const char* value)
       m_value(Duplicate(value)),
       m_nameCapacity(Capacity(name)),
       m_valueCapacity(Capacity(value)),
-      m_hasValue(value != nullptr) {}
+      m_hasValue(value != nullptr),
+      m_valueInName(false) {}
 
 CHTMLAttr::CHTMLAttr(const CHTMLAttr& other)
     : m_name(Duplicate(other.m_name)),
       m_value(Duplicate(other.value())),
       m_nameCapacity(Capacity(other.m_name)),
       m_valueCapacity(Capacity(other.value())),
-      m_hasValue(other.m_hasValue) {}
+      m_hasValue(other.m_hasValue),
+      m_valueInName(false) {}
 
 CHTMLAttr& CHTMLAttr::operator=(const CHTMLAttr& other) {
     if (this != &other) {
+        if (m_valueInName) {
+            // Separate storage again, so that the name can grow on its own.
+            std::free(m_name);
+            m_name = nullptr;
+            m_value = nullptr;
+            m_nameCapacity = 0;
+            m_valueCapacity = 0;
+            m_valueInName = false;
+        }
         if (other.m_name == nullptr) {
             std::free(m_name);
             m_name = nullptr;
@@ -62,7 +81,9 @@ CHTMLAttr& CHTMLAttr::operator=(const CHTMLAttr& other) {
 
 CHTMLAttr::~CHTMLAttr() {
     std::free(m_name);
-    std::free(m_value);
+    if (!m_valueInName) {
+        std::free(m_value);
+    }
 }
 
 // Copies text into buffer, growing it when it is too small; a buffer that
@@ -90,12 +111,73 @@ void CHTMLAttr::Store(char*& buffer, unsigned& capacity, const char* text, unsig
 
 void CHTMLAttr::setValue(const char* value) {
     const char* text = value != nullptr ? value : "";
+    if (m_valueInName && Length(text) >= m_valueCapacity) {
+        // A longer value gets storage of its own; the old one stays part of
+        // the name's block.
+        char* own = static_cast<char*>(std::malloc(static_cast<std::size_t>(Length(text)) + 1));
+        if (own == nullptr) {
+            return;
+        }
+        std::memcpy(own, text, Length(text) + 1);
+        m_value = own;
+        m_valueCapacity = Length(text) + 1;
+        m_valueInName = false;
+        m_hasValue = true;
+        return;
+    }
     Store(m_value, m_valueCapacity, text, Length(text));
     m_hasValue = m_value != nullptr;
 }
 
 void CHTMLAttr::assign(const char* name, unsigned nameLength, const char* value,
                        unsigned valueLength) {
+    // Texts taken from the attribute itself go the way of a new block too,
+    // which copies them before anything is overwritten.
+    const bool own =
+        Inside(name, m_name, m_nameCapacity) || Inside(value, m_name, m_nameCapacity) ||
+        Inside(name, m_value, m_valueCapacity) || Inside(value, m_value, m_valueCapacity);
+    if (own || nameLength >= m_nameCapacity ||
+        (value != nullptr && valueLength >= m_valueCapacity)) {
+        // One block for name and value: one allocation (and one release)
+        // per attribute instead of two. The texts are copied before the old
+        // storage goes, so they may lie in it.
+        // Room for the names of most attributes, so that a reused block
+        // takes the next name in place.
+        const std::size_t nameRoom = std::max<std::size_t>(nameLength + 1, 16);
+        const std::size_t needed =
+            nameRoom + (value != nullptr ? static_cast<std::size_t>(valueLength) + 1 : 0);
+        // Rounded up the way allocators round a block (16n + 8 usable bytes)
+        // so that the next attributes that reuse it fit more often.
+        const std::size_t size = ((needed + 8 + 15) & ~std::size_t{15}) - 8;
+        char* block = static_cast<char*>(std::malloc(size));
+        if (block != nullptr) {
+            std::memcpy(block, name, nameLength);
+            block[nameLength] = '\0';
+            if (value != nullptr) {
+                std::memcpy(block + nameRoom, value, valueLength);
+                block[nameRoom + valueLength] = '\0';
+            }
+            std::free(m_name);
+            if (!m_valueInName) {
+                std::free(m_value);
+            }
+            m_name = block;
+            m_nameCapacity = static_cast<unsigned>(value != nullptr ? nameRoom : size);
+            m_value = value != nullptr ? block + nameRoom : nullptr;
+            m_valueCapacity = static_cast<unsigned>(value != nullptr ? size - nameRoom : 0);
+            m_valueInName = value != nullptr;
+            m_hasValue = value != nullptr;
+            return;
+        }
+        // Out of memory: the texts are cut to the storage there is; a value
+        // stored in the name's block is given up with it.
+        if (m_valueInName) {
+            m_value = nullptr;
+            m_valueCapacity = 0;
+            m_valueInName = false;
+            value = nullptr;
+        }
+    }
     Store(m_name, m_nameCapacity, name, nameLength);
     m_hasValue = false;
     if (value != nullptr) {

@@ -35,6 +35,9 @@ private:
     unsigned m_nameCapacity;
     unsigned m_valueCapacity;
     bool m_hasValue;
+    /// The value's storage is the tail of the name's block (one allocation
+    /// for both), freed with the name.
+    bool m_valueInName;
 };
 
 /// An owning list of attributes in the order of the tag; an attribute written

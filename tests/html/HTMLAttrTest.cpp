@@ -133,3 +133,31 @@ TEST(HTMLAttrReuse, ListsTakenByTheCallbackKeepTheirAttributes) {
     EXPECT_STREQ((*cb.taken[2])[0]->value(), "three");
     EXPECT_STREQ((*cb.taken[2])[1]->name(), "id");
 }
+
+TEST(HTMLAttr, ValueSharingTheNamesStorageCanGrowAndBeCopied) {
+    CHTMLAttr a(nullptr, nullptr);
+    a.assign("href", 4, "x", 1);
+    EXPECT_STREQ(a.name(), "href");
+    EXPECT_STREQ(a.value(), "x");
+    // Longer than the room the value has: it moves to storage of its own.
+    a.setValue("a value much longer than before");
+    EXPECT_STREQ(a.value(), "a value much longer than before");
+    EXPECT_STREQ(a.name(), "href");
+    a.assign("src", 3, "y", 1);
+    EXPECT_STREQ(a.name(), "src");
+    EXPECT_STREQ(a.value(), "y");
+    a.assign("a-much-longer-name", 18, "and a longer value too", 22);
+    CHTMLAttr copy(a);
+    CHTMLAttr assigned("n", "v");
+    assigned = a;
+    a.assign("id", 2, nullptr, 0);
+    EXPECT_FALSE(a.hasAValue());
+    EXPECT_STREQ(copy.name(), "a-much-longer-name");
+    EXPECT_STREQ(copy.value(), "and a longer value too");
+    EXPECT_STREQ(assigned.name(), "a-much-longer-name");
+    EXPECT_STREQ(assigned.value(), "and a longer value too");
+    // Its own text given back to it.
+    assigned.assign(assigned.value(), 5, assigned.name(), 6);
+    EXPECT_STREQ(assigned.name(), "and a");
+    EXPECT_STREQ(assigned.value(), "a-much");
+}
