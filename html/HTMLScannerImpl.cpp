@@ -458,19 +458,20 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
                     m_scanner->addLinkObject(m_object);
                 }
             }
-            MString value = element->getAttrValueByIndex(i);
+            // Read in place: the attribute outlives this loop step.
+            const char* value = element->getAttrValueByIndex(i);
+            MString refreshUrl;
             if (tag == HTML_META && htmlpage::EqualsNoCase(name, "content")) {
                 const CHTMLAttr* equiv = element->findAttrNoCase("http-equiv");
                 if (equiv == nullptr || !htmlpage::EqualsNoCase(equiv->value(), "refresh")) {
                     continue;
                 }
                 MString time;
-                MString url;
-                splitRefresh(value.c_str(), time, url);
+                splitRefresh(value, time, refreshUrl);
                 element->addAttr("time", time.c_str());
-                value = url;
+                value = refreshUrl.c_str();
             }
-            char* url = processURL(value.c_str());
+            char* url = processURL(value);
             m_scanner->addLink(&entry, url);
             std::free(url);
         }
