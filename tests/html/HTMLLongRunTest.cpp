@@ -191,6 +191,26 @@ TEST(HTMLLongRun, RunOpeningAPieceGivesTheSameBatchesAndLinesAsTheWholeFeed) {
     }
 }
 
+TEST(HTMLLongRun, QuotedValueCutAnywhereGivesTheSameTokensAndWarning) {
+    const std::string page = "x<a title=\"a>b=\" href='p\nq' alt=\"\">y<!doctype \"d>=\">z";
+    std::vector<std::string> whole;
+    {
+        LineRecorder rec;
+        CHTMLLexer lexer(&rec, true);
+        lexer.feed(page.data(), static_cast<unsigned>(page.size()));
+        lexer.feed(nullptr, 0);
+        whole = rec.batches;
+    }
+    ASSERT_NE(std::find(whole.begin(), whole.end(), "2|!!Warning!!:missing attribute end-quote?"),
+              whole.end());
+    for (std::size_t first = 0; first <= page.size(); ++first) {
+        for (std::size_t second = first; second <= page.size(); ++second) {
+            ASSERT_EQ(BatchesCutAt(page, first, second), whole)
+                << "cut at " << first << " and " << second;
+        }
+    }
+}
+
 TEST(HTMLLongRunNames, AsciiNameLosesTrailingWhiteSpace) {
     EXPECT_EQ(Tokens("<p Name  \t=v>"),
               (Strings{"Start Tag:<p", "Attr Name:name", "Name Token:v", "Tag Close:>"}));
