@@ -2,12 +2,10 @@
 // 4 KiB pieces, with and without callbacks, and a long text run in pieces.
 #include <benchmark/benchmark.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "support/BenchCorpus.h"
 #include "webstep/html/HTMLBaseParser.h"
 #include "webstep/html/HTMLLexer.h"
 
@@ -20,18 +18,6 @@ struct CountingCallbacks : TagCallback, TextCallback, CommentCallback {
     void onComment(const char*, unsigned length) override { count += length; }
     long count = 0;
 };
-
-std::filesystem::path SharedDir() {
-    if (const char* env = std::getenv("WEBSTEP_SHARED"); env && *env) {
-        return env;
-    }
-    return WEBSTEP_SHARED_DIR;
-}
-
-std::string ReadFile(const std::filesystem::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
 
 void Feed(CHTMLBaseParser& parser, const std::string& page, std::size_t piece) {
     parser.startParse();
@@ -75,20 +61,11 @@ void RunEngine(benchmark::State& state, const std::string& page, std::size_t pie
 
 // Registered at load time: one set of cases per page of the corpus.
 const bool kRegistered = [] {
-    std::vector<std::filesystem::path> pages;
-    const auto dir = SharedDir() / "corpus" / "html";
-    std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(dir, error)) {
-        if (entry.path().extension() == ".html") {
-            pages.push_back(entry.path());
-        }
-    }
-    std::sort(pages.begin(), pages.end());
     std::string all;
-    for (const auto& path : pages) {
-        const std::string page = ReadFile(path);
+    for (const webstep::bench::Page& corpusPage : webstep::bench::CorpusPages()) {
+        const std::string& page = corpusPage.text;
         all += page;
-        const std::string name = path.stem().string();
+        const std::string& name = corpusPage.name;
         benchmark::RegisterBenchmark(("HTMLLexer/whole/callbacks/" + name).c_str(),
                                      [page](benchmark::State& s) { RunParser(s, page, 0, true); });
         benchmark::RegisterBenchmark(("HTMLLexer/whole/nocallbacks/" + name).c_str(),

@@ -5,57 +5,24 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "support/BenchCorpus.h"
 #include "webstep/html/HTMLScanner.h"
 
 namespace {
 
 constexpr std::size_t kPiece = 16 * 1024;
 
-std::filesystem::path CorpusDir() {
-    if (const char* env = std::getenv("WEBSTEP_SHARED"); env && *env) {
-        return std::filesystem::path(env) / "corpus/html";
-    }
-    return std::filesystem::path(WEBSTEP_SHARED_DIR) / "corpus/html";
-}
-
-struct Page {
-    std::string name;
-    std::string text;
-};
+using webstep::bench::Page;
 
 const std::vector<Page>& Pages() {
-    static const std::vector<Page> pages = [] {
-        std::vector<Page> out;
-        std::error_code ec;
-        for (const auto& entry : std::filesystem::directory_iterator(CorpusDir(), ec)) {
-            if (entry.path().extension() == ".html") {
-                std::ifstream in(entry.path(), std::ios::binary);
-                out.push_back(
-                    {entry.path().stem().string(), std::string(std::istreambuf_iterator<char>(in),
-                                                               std::istreambuf_iterator<char>())});
-            }
-        }
-        std::sort(out.begin(), out.end(),
-                  [](const Page& a, const Page& b) { return a.name < b.name; });
-        return out;
-    }();
-    return pages;
+    return webstep::bench::CorpusPages();
 }
 
 void Scan(CHTMLScanner& scanner, const std::string& text) {
-    scanner.startParse();
-    for (std::size_t at = 0; at < text.size(); at += kPiece) {
-        const std::size_t n = std::min(kPiece, text.size() - at);
-        scanner.continueParse(text.data() + at, static_cast<unsigned>(n));
-    }
-    scanner.endParse();
+    webstep::bench::ScanInPieces(scanner, text, kPiece);
 }
 
 void BM_HTMLScannerCorpus(benchmark::State& state) {

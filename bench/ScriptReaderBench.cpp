@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "support/BenchCorpus.h"
 #include "webstep/foundation/MString.h"
 #include "webstep/platform/CodePage.h"
 #include "webstep/script/ScriptReader.h"
@@ -18,9 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 fs::path CorpusDir() {
-    if (const char* env = std::getenv("WEBSTEP_SHARED"); env && *env)
-        return fs::path(env) / "corpus/scripts";
-    return fs::path(WEBSTEP_SHARED_DIR) / "corpus/scripts";
+    return webstep::bench::SharedDir() / "corpus" / "scripts";
 }
 
 const std::vector<std::string>& ActionFiles() {

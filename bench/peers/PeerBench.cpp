@@ -26,6 +26,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/BenchCorpus.h"
 #include "webstep/html/HTMLBaseParser.h"
 #include "webstep/html/HTMLForm.h"
 #include "webstep/html/HTMLFormElement.h"
@@ -62,36 +63,11 @@ constexpr double kWarmUpSeconds = 0.1;
 // ---------------------------------------------------------------------------
 // Inputs
 
-struct Page {
-    std::string name;
-    std::string text;
-};
-
-std::filesystem::path SharedDir() {
-    if (const char* env = std::getenv("WEBSTEP_SHARED"); env != nullptr && *env != '\0') {
-        return env;
-    }
-    return WEBSTEP_SHARED_DIR;
-}
+using webstep::bench::Page;
+using webstep::bench::SharedDir;
 
 const std::vector<Page>& Pages() {
-    static const std::vector<Page> pages = [] {
-        std::vector<Page> out;
-        std::error_code ec;
-        for (const auto& entry :
-             std::filesystem::directory_iterator(SharedDir() / "corpus" / "html", ec)) {
-            if (entry.path().extension() == ".html") {
-                std::ifstream in(entry.path(), std::ios::binary);
-                out.push_back(
-                    {entry.path().stem().string(), std::string(std::istreambuf_iterator<char>(in),
-                                                               std::istreambuf_iterator<char>())});
-            }
-        }
-        std::sort(out.begin(), out.end(),
-                  [](const Page& a, const Page& b) { return a.name < b.name; });
-        return out;
-    }();
-    return pages;
+    return webstep::bench::CorpusPages();
 }
 
 std::size_t CorpusBytes() {
@@ -271,15 +247,6 @@ struct TagCounter {
 
 // ---------------------------------------------------------------------------
 // webstep
-
-void ScanPieces(CHTMLScanner& scanner, const std::string& text, std::size_t piece) {
-    scanner.startParse();
-    for (std::size_t at = 0; at < text.size(); at += piece) {
-        const std::size_t n = std::min(piece, text.size() - at);
-        scanner.continueParse(text.data() + at, static_cast<unsigned>(n));
-    }
-    scanner.endParse();
-}
 
 Counts ModelCounts(const CHTMLScanner& scanner) {
     Counts c;
@@ -468,13 +435,13 @@ std::vector<PageCase> PageCases() {
     auto scanner = std::make_shared<CHTMLScanner>();
     cases.push_back({"full parse", "webstep scan whole",
                      [scanner](const std::string& t) {
-                         ScanPieces(*scanner, t, t.size() + 1);
+                         webstep::bench::ScanInPieces(*scanner, t, t.size() + 1);
                          return ModelCounts(*scanner);
                      },
                      true});
     cases.push_back({"full parse", "webstep scan 4 KiB",
                      [scanner](const std::string& t) {
-                         ScanPieces(*scanner, t, kPiece);
+                         webstep::bench::ScanInPieces(*scanner, t, kPiece);
                          return ModelCounts(*scanner);
                      },
                      true});
@@ -797,7 +764,8 @@ int main(int argc, char** argv) {
                 [&page, piece](benchmark::State& state) {
                     CHTMLScanner scanner;
                     for (auto _ : state) {
-                        ScanPieces(scanner, page.text, piece == 0 ? page.text.size() + 1 : piece);
+                        webstep::bench::ScanInPieces(scanner, page.text,
+                                                     piece == 0 ? page.text.size() + 1 : piece);
                         benchmark::DoNotOptimize(scanner.nLinks());
                     }
                     state.SetBytesProcessed(state.iterations() *
