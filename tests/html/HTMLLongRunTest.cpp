@@ -2,6 +2,7 @@
 // JIS sequence) are one token whatever their length and wherever the pieces
 // are cut; trailing white space of names is cut by whole characters.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <string>
@@ -248,6 +249,35 @@ TEST(HTMLLongRunNames, ShiftJisSpaceAtTheEndOfAnUnquotedValueIsCutWhole) {
     // An ASCII byte after an ASCII byte is a character of its own.
     EXPECT_EQ(Tokens("<p a=\x81\x40x@>"),
               (Strings{"Start Tag:<p", "Attr Name:a", "Literal:\x81\x40x@", "Tag Close:>"}));
+}
+
+}  // namespace
+
+namespace {
+
+TEST(HTMLLexerBuffer, PageFedWholeHoldsABufferOfItsOwnSizeNotTheNextPowerOfTwo) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer's allocator does not report its heap through mallinfo2";
+#else
+    // Tags all the way, so that no run is taken straight from the caller's
+    // bytes and the engine needs room for the whole call.
+    std::string page;
+    while (page.size() < 600000) {
+        page += "<b class=x>y</b>\n";
+    }
+    // Blocks of this size come from mmap, which the heap in use leaves out.
+    const auto inUse = [] {
+        const struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    CHTMLLexer lexer(nullptr, true);
+    const std::size_t before = inUse();
+    lexer.feed(page.data(), static_cast<unsigned>(page.size()));
+    const std::size_t grown = inUse() - before;
+    // A buffer rounded up to 1 MiB would be 1.75 times the page.
+    EXPECT_LT(grown, page.size() * 5 / 4) << "heap grew by " << grown << " bytes";
+    lexer.feed(nullptr, 0);
+#endif
 }
 
 }  // namespace
