@@ -747,7 +747,8 @@ TEST(HTMLScannerTextTest, FormattedTextIsTheFormatOfTheRawText) {
         "plain",
         "  two  words  ",
         "\t\r\nlines\n\nand\ttabs\r\n",
-        "nbsp\xa0 \xa0" "after",
+        "nbsp\xa0 \xa0"
+        "after",
         " \xa0",
         "a longer run of words that goes on past sixteen bytes  "};
     for (const std::string& raw : texts) {
