@@ -164,6 +164,24 @@ std::vector<std::string> BatchesCutAt(const std::string& page, std::size_t first
     return rec.batches;
 }
 
+// The batches of the page fed whole.
+std::vector<std::string> WholeBatches(const std::string& page) {
+    return BatchesCutAt(page, page.size(), page.size());
+}
+
+// Every pair of cuts: pieces that begin inside, at the start and at the end
+// of a run, and pieces a run fills completely.
+void ExpectTheSameBatchesAtEveryPairOfCuts(const std::string& page,
+                                           const std::vector<std::string>& whole,
+                                           const std::string& label) {
+    for (std::size_t first = 0; first <= page.size(); ++first) {
+        for (std::size_t second = first; second <= page.size(); ++second) {
+            ASSERT_EQ(BatchesCutAt(page, first, second), whole)
+                << label << "cut at " << first << " and " << second;
+        }
+    }
+}
+
 TEST(HTMLLongRun, RunOpeningAPieceGivesTheSameBatchesAndLinesAsTheWholeFeed) {
     std::vector<RunCase> cases = Cases();
     cases.push_back({"skipped section", "<![", "]]>", HTML_SINK_ERR_LIM, "", "", ""});
@@ -172,44 +190,18 @@ TEST(HTMLLongRun, RunOpeningAPieceGivesTheSameBatchesAndLinesAsTheWholeFeed) {
     for (const RunCase& c : cases) {
         // Text before and after, so that runs meet other tokens on both sides.
         const std::string page = "x\n<b>y" + c.before + body + c.after + "z\n<i>w";
-        std::vector<std::string> whole;
-        {
-            LineRecorder rec;
-            CHTMLLexer lexer(&rec, true);
-            lexer.feed(page.data(), static_cast<unsigned>(page.size()));
-            lexer.feed(nullptr, 0);
-            whole = rec.batches;
-        }
+        const std::vector<std::string> whole = WholeBatches(page);
         ASSERT_FALSE(whole.empty()) << c.name;
-        // Every pair of cuts: pieces that begin inside, at the start and at
-        // the end of the run, and pieces the run fills completely.
-        for (std::size_t first = 0; first <= page.size(); ++first) {
-            for (std::size_t second = first; second <= page.size(); ++second) {
-                ASSERT_EQ(BatchesCutAt(page, first, second), whole)
-                    << c.name << ", cut at " << first << " and " << second;
-            }
-        }
+        ExpectTheSameBatchesAtEveryPairOfCuts(page, whole, std::string(c.name) + ", ");
     }
 }
 
 TEST(HTMLLongRun, QuotedValueCutAnywhereGivesTheSameTokensAndWarning) {
     const std::string page = "x<a title=\"a>b=\" href='p\nq' alt=\"\">y<!doctype \"d>=\">z";
-    std::vector<std::string> whole;
-    {
-        LineRecorder rec;
-        CHTMLLexer lexer(&rec, true);
-        lexer.feed(page.data(), static_cast<unsigned>(page.size()));
-        lexer.feed(nullptr, 0);
-        whole = rec.batches;
-    }
+    const std::vector<std::string> whole = WholeBatches(page);
     ASSERT_NE(std::find(whole.begin(), whole.end(), "2|!!Warning!!:missing attribute end-quote?"),
               whole.end());
-    for (std::size_t first = 0; first <= page.size(); ++first) {
-        for (std::size_t second = first; second <= page.size(); ++second) {
-            ASSERT_EQ(BatchesCutAt(page, first, second), whole)
-                << "cut at " << first << " and " << second;
-        }
-    }
+    ExpectTheSameBatchesAtEveryPairOfCuts(page, whole, "");
 }
 
 TEST(HTMLLongRunNames, AsciiNameLosesTrailingWhiteSpace) {

@@ -75,6 +75,14 @@ const char* const kShortPage =
     "<script>document.write('<a href=z>');</script><noscript><img src=n.gif></noscript>"
     "<a href=\"p.html\" title='t'>link &#233; &#8364; &#x41;</a><!-- open > tail";
 
+// The tokens of the page fed in one piece.
+TokenRecorder WholeFeed(const std::string& page) {
+    TokenRecorder whole;
+    CHTMLLexer lexer(&whole);
+    FeedLexer(lexer, page);
+    return whole;
+}
+
 }  // namespace
 
 TEST(HTMLSplitFeed, CorpusPagesGiveTheSameTokensWholeAndInPieces) {
@@ -82,11 +90,7 @@ TEST(HTMLSplitFeed, CorpusPagesGiveTheSameTokensWholeAndInPieces) {
     ASSERT_FALSE(pages.empty());
     for (const auto& path : pages) {
         const std::string page = ReadFile(path);
-        TokenRecorder whole;
-        {
-            CHTMLLexer lexer(&whole);
-            FeedLexer(lexer, page);
-        }
+        const TokenRecorder whole = WholeFeed(page);
         EXPECT_GT(whole.tokens.size(), 100u) << path;
         for (std::size_t piece : {1u, 7u, 4096u}) {
             TokenRecorder rec;
@@ -181,11 +185,7 @@ TEST(HTMLSplitFeed, TokensDoNotDependOnTheCallersBufferAfterTheFeed) {
     ASSERT_FALSE(pages.empty());
     for (const auto& path : pages) {
         const std::string page = ReadFile(path);
-        TokenRecorder whole;
-        {
-            CHTMLLexer lexer(&whole);
-            FeedLexer(lexer, page);
-        }
+        const TokenRecorder whole = WholeFeed(page);
         for (std::size_t piece : {5u, 64u, 4096u}) {
             TokenRecorder rec;
             CHTMLLexer lexer(&rec);
