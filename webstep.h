@@ -92,7 +92,6 @@
 #include "forms/HtmlAttribute.h"
 #include "forms/HtmlAttributeSet.h"
 #include "forms/ParametrizableArgument.h"
-#include "forms/RequestBody.h"
 #include "forms/Resource.h"
 #include "forms/SelectField.h"
 #include "forms/StepResolver.h"

@@ -8,7 +8,7 @@
 
 #include "webstep/forms/DataSet.h"
 #include "webstep/forms/Form.h"
-#include "webstep/forms/RequestBody.h"
+#include "webstep/forms/DataSet.h"
 #include "webstep/html/HTMLScanner.h"
 
 namespace {
@@ -88,7 +88,7 @@ void BM_FiftyItemDataSetBody(benchmark::State& state, bool multipart) {
     MString body;
     for (auto _ : state) {
         body.clear();
-        CRequestBody::CreateArgumentsFromData(set, boundary, false, body);
+        set.CreateArgumentsFromData(boundary, false, body);
         benchmark::DoNotOptimize(body.data());
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *

@@ -7,7 +7,6 @@
 #include "webstep/forms/Data.h"
 #include "webstep/forms/DataSet.h"
 #include "webstep/forms/Form.h"
-#include "webstep/forms/RequestBody.h"
 #include "webstep/forms/Resource.h"
 #include "webstep/forms/StepResolver.h"
 #include "webstep/html/HTMLForm.h"
@@ -441,9 +440,9 @@ void CInspector::RequestOfSubmitData(CWebStepSubmitData& step, OrderedJson& entr
     // A fixed boundary keeps the shown body stable from run to run.
     const MString boundary = multipart && !get ? "----webstepBoundary" : "";
     if (boundary.empty())
-        CRequestBody::CreateArgumentsFromDataSkipParams(step.GetDataSet(), "{", "}", body);
+        step.GetDataSet().CreateArgumentsFromDataSkipParams("{", "}", body);
     else
-        CRequestBody::CreateArgumentsFromData(step.GetDataSet(), boundary, false, body);
+        step.GetDataSet().CreateArgumentsFromData(boundary, false, body);
     OrderedJson request{{"method", get ? "GET" : "POST"}};
     if (!url.IsValid()) {
         Unresolved(entry, "the Action \"" + step.GetAction() + "\" is not a valid address");

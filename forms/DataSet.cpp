@@ -5,6 +5,8 @@
 #include <string>
 
 #include "webstep/forms/EscArgs.h"
+#include "webstep/forms/FileField.h"
+#include "webstep/forms/FormField.h"
 #include "webstep/forms/TextTrim.h"
 #include "webstep/foundation/BinaryDataHandler.h"
 #include "webstep/platform/Utf8Converter.h"
@@ -183,4 +185,107 @@ void CDataSet::AddDataFromString(const MString& body, MString boundary, bool bin
         }
     }
     WrUtilsCloseUTF8Converter(converter);
+}
+
+// ----- request bodies without a page form -----
+
+void CDataSet::CreateArgumentsFromData(const MString& boundary, bool, MString& body) const {
+    const std::list<CData*>& items = elements.GetList();
+    const bool multipart = !boundary.empty();
+    for (auto it = items.begin(); it != items.end(); ++it) {
+        const CData* item = *it;
+        if (multipart) {
+            body += "--";
+            body += boundary;
+            body += "\r\n";
+            if (item->GetType() == CData::DT_FILE) {
+                body += CFileField::MakeMultipartArgument(item->GetName(), item->GetValue());
+            } else {
+                body += CFormField::MakeMultipartArgument(item->GetName(), item->GetValue());
+            }
+        } else {
+            MString name = item->GetName();
+            MString value = item->GetValue();
+            EscArgs(name, false);
+            EscArgs(value, false);
+            body += name;
+            body += "=";
+            body += value;
+            if (std::next(it) != items.end()) {
+                body += "&";
+            }
+        }
+    }
+    if (multipart) {
+        body += "--";
+        body += boundary;
+        body += "--\r\n";
+    }
+}
+
+void CDataSet::CreateArgumentsFromDataSkipParams(const MString& open, const MString& close,
+                                                 MString& body) const {
+    bool first = true;
+    for (const CData* item : elements.GetList()) {
+        MString name = item->GetName();
+        MString value = item->GetValue();
+        EscArgsSkipParams(open, close, name);
+        EscArgsSkipParams(open, close, value);
+        if (!first) {
+            body += "&";
+        }
+        first = false;
+        body += name;
+        body += "=";
+        body += value;
+    }
+}
+
+void CDataSet::EscArgsSkipParams(const MString& open, const MString& close, MString& text) {
+    if (open.empty() || close.empty()) {
+        EscArgs(text, false);
+        return;
+    }
+    MString result;
+    std::size_t pos = 0;
+    for (;;) {
+        const std::size_t at = text.find(open, pos);
+        const std::size_t end =
+            at == MString::npos ? MString::npos : text.find(close, at + open.size());
+        if (at == MString::npos || end == MString::npos) {
+            MString rest = text.substr(pos);
+            EscArgs(rest, false);
+            result += rest;
+            break;
+        }
+        MString before = text.substr(pos, at - pos);
+        EscArgs(before, false);
+        result += before;
+        result.append(text, at, end + close.size() - at);
+        pos = end + close.size();
+    }
+    text.swap(result);
+}
+
+namespace {
+template <typename Pred>
+void Eliminate(CDataElements& elements, Pred drop) {
+    std::list<CData*>& items = elements.GetList();
+    for (auto it = items.begin(); it != items.end();) {
+        if (drop(*it)) {
+            delete *it;
+            it = items.erase(it);
+        } else {
+            ++it;
+        }
+    }
+}
+}  // namespace
+
+void CDataSet::EliminateHiddens() {
+    Eliminate(elements, [](const CData* d) { return d->GetType() == CData::DT_HIDDEN; });
+}
+
+void CDataSet::EliminateReadOnlyArgs() {
+    Eliminate(elements, [](const CData* d) { return d->IsReadOnly(); });
 }

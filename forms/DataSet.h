@@ -1,6 +1,7 @@
 #pragma once
 // The data items of a step with the action URL they go to; reading a recorded
-// request body back into items; and the non-owning list of data sets.
+// request body back into items, turning the items into a request body without
+// a page form; and the non-owning list of data sets.
 #include <list>
 
 #include "webstep/foundation/Export.h"
@@ -12,7 +13,9 @@ class CContext;
 /// The data items of a step with the action URL they go to. It owns its items
 /// through its CDataElements; copies share them, so a copy is released with
 /// ClearDataReferences before it is destroyed. Readers of a recorded body add
-/// what they can read and skip the rest.
+/// what they can read and skip the rest; the body writers append to the
+/// caller's text and report no failure (a file part whose file cannot be read
+/// carries no bytes).
 class WEBSTEP_API CDataSet {
 public:
     using iterator = CDataElements::iterator;
@@ -56,7 +59,29 @@ public:
     static bool ExtractRequestAttributeEx(const MString& text, const MString& attribute,
                                           MString& out);
 
+    /// Appends the body of every item (whatever its "sent" flag) to body:
+    /// multipart when boundary is not empty (a file item's part carries the
+    /// file named by its value), URL-encoded otherwise (at sign kept). The
+    /// flag is accepted for the interface's sake and changes nothing.
+    void CreateArgumentsFromData(const MString& boundary, bool flag, MString& body) const;
+    /// Appends a URL-encoded body in which the text from each open up to and
+    /// including the next close (a parameter reference such as {UserId})
+    /// stays unencoded; items are joined by "&".
+    void CreateArgumentsFromDataSkipParams(const MString& open, const MString& close,
+                                           MString& body) const;
+    /// Removes and deletes the hidden-field items (type 8), keeping the order
+    /// of the others.
+    void EliminateHiddens();
+    /// Removes and deletes the items marked read-only, keeping the order of
+    /// the others.
+    void EliminateReadOnlyArgs();
+
 private:
+    /// URL-encodes text except the runs from open to close. An open without a
+    /// following close, and everything after it, is encoded (nothing is lost);
+    /// an empty open or close leaves nothing unencoded.
+    static void EscArgsSkipParams(const MString& open, const MString& close, MString& text);
+
     MString actionUrl;
     CDataElements elements;
 };

@@ -5,7 +5,6 @@
 #include <webstep/forms/Data.h>
 #include <webstep/forms/DataSet.h>
 #include <webstep/forms/Form.h>
-#include <webstep/forms/RequestBody.h>
 #include <webstep/html/HTMLScanner.h>
 
 #include <cstdio>
@@ -64,7 +63,7 @@ int main() {
     data.AddData(Item("q", "a b&c"));
     data.AddData(Item("page", "2"));
     MString plain;
-    CRequestBody::CreateArgumentsFromData(data, "", false, plain);
+    data.CreateArgumentsFromData("", false, plain);
     std::printf("%s\n", plain.c_str());
 
     return !accepted && body.find("card=12345") != MString::npos &&

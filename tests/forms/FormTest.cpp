@@ -7,7 +7,6 @@
 #include <map>
 
 #include "FormTestSupport.h"
-#include "webstep/forms/RequestBody.h"
 #include "webstep/forms/TextAreaField.h"
 #include "webstep/html/HTMLPage.h"
 #include "webstep/platform/Tick.h"
@@ -422,15 +421,15 @@ TEST(Form, GetDataSetBuildsItemsThatMakeTheSameBody) {
     p.form->GetDataSet(data);
     EXPECT_EQ(data.GetActionUrl(), "/ds");
     MString built;
-    CRequestBody::CreateArgumentsFromData(data, "", false, built);
+    data.CreateArgumentsFromData("", false, built);
     EXPECT_EQ(built, Body(*p.form));
     ASSERT_EQ(data.GetNumElements(), 7u);
     auto it = data.DataElements().GetList().begin();
     EXPECT_EQ((*it)->GetType(), CData::DT_TEXT);
     EXPECT_EQ((*++it)->GetType(), CData::DT_HIDDEN);
     EXPECT_TRUE((*++it)->IsReadOnly());
-    CRequestBody::EliminateHiddens(data);
-    CRequestBody::EliminateReadOnlyArgs(data);
+    data.EliminateHiddens();
+    data.EliminateReadOnlyArgs();
     EXPECT_EQ(Describe(data), "a=1 2\nm=A\nm=B\ni.x=1\ni.y=2\n");
 }
 

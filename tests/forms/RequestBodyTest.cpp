@@ -1,11 +1,12 @@
 // Data sets turned into request bodies without a page form, and trimmed of
-// hidden and read-only items.
+// hidden and read-only items: members of the data set itself.
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <type_traits>
 
 #include "FormTestSupport.h"
-#include "webstep/forms/RequestBody.h"
+#include "webstep/forms/DataSet.h"
 #include "webstep/platform/Registry.h"
 
 namespace {
@@ -16,54 +17,64 @@ using webstep::test::Items;
 
 std::string UrlBody(const CDataSet& set) {
     MString body;
-    CRequestBody::CreateArgumentsFromData(set, "", false, body);
+    set.CreateArgumentsFromData("", false, body);
     return body;
 }
 
-TEST(RequestBody, UrlEncodedBodyOfSpaceAndAmpersandValues) {
+// The value as the skip-parameters body writes it: one item "n" holding text.
+MString SkipParams(const MString& open, const MString& close, const MString& text) {
+    CDataSet set;
+    set.AddData(Item("n", text));
+    MString body;
+    set.CreateArgumentsFromDataSkipParams(open, close, body);
+    EXPECT_EQ(body.substr(0, 2), "n=");
+    return body.substr(2);
+}
+
+TEST(DataSetBody, UrlEncodedBodyOfSpaceAndAmpersandValues) {
     auto set = Items({{"a", "x y"}, {"b", "1&2"}});
     EXPECT_EQ(UrlBody(*set), "a=x+y&b=1%262");
 }
 
-TEST(RequestBody, DataSetWithoutItemsYieldsEmptyUrlEncodedBody) {
+TEST(DataSetBody, DataSetWithoutItemsYieldsEmptyUrlEncodedBody) {
     CDataSet empty;
     EXPECT_EQ(UrlBody(empty), "");
 }
 
-TEST(RequestBody, DataSetWithoutItemsYieldsMultipartBodyWithOnlyClosingDelimiter) {
+TEST(DataSetBody, DataSetWithoutItemsYieldsMultipartBodyWithOnlyClosingDelimiter) {
     CDataSet empty;
     MString body;
-    CRequestBody::CreateArgumentsFromData(empty, "B0UND", false, body);
+    empty.CreateArgumentsFromData("B0UND", false, body);
     EXPECT_EQ(body, "--B0UND--\r\n");
 }
 
-TEST(RequestBody, BodyIsAppendedToWhatTheCallerHolds) {
+TEST(DataSetBody, BodyIsAppendedToWhatTheCallerHolds) {
     auto set = Items({{"a", "1"}});
     MString body = "prefix:";
-    CRequestBody::CreateArgumentsFromData(*set, "", true, body);
+    set->CreateArgumentsFromData("", true, body);
     EXPECT_EQ(body, "prefix:a=1");
 }
 
-TEST(RequestBody, FlagDoesNotChangeTheOutput) {
+TEST(DataSetBody, FlagDoesNotChangeTheOutput) {
     auto set = Items({{"a", "1"}, {"b", "@"}});
     MString off, on;
-    CRequestBody::CreateArgumentsFromData(*set, "bd", false, off);
-    CRequestBody::CreateArgumentsFromData(*set, "bd", true, on);
+    set->CreateArgumentsFromData("bd", false, off);
+    set->CreateArgumentsFromData("bd", true, on);
     EXPECT_EQ(off, on);
 }
 
-TEST(RequestBody, AtSignKeptAndOtherBytesEscaped) {
+TEST(DataSetBody, AtSignKeptAndOtherBytesEscaped) {
     auto set = Items({{"m@il", "a@b.c/~"}, {"k", "*-._"}});
     EXPECT_EQ(UrlBody(*set), "m@il=a@b.c%2F%7E&k=*-._");
 }
 
-TEST(RequestBody, ItemsAreWrittenWhateverTheirSentFlag) {
+TEST(DataSetBody, ItemsAreWrittenWhateverTheirSentFlag) {
     auto set = Items({{"a", "1"}});
     set->DataElements().GetList().front()->SetSent(false);
     EXPECT_EQ(UrlBody(*set), "a=1");
 }
 
-TEST(RequestBody, UrlEncodedRoundTripThroughTheReader) {
+TEST(DataSetBody, UrlEncodedRoundTripThroughTheReader) {
     auto set = Items({{"a b", "c=d&e"}, {"", ""}, {"\xFF\x01", "%41"}, {"z", "+"}});
     const std::string body = UrlBody(*set);
     CDataSet back;
@@ -73,10 +84,10 @@ TEST(RequestBody, UrlEncodedRoundTripThroughTheReader) {
     EXPECT_EQ(Describe(back), Describe(*set));
 }
 
-TEST(RequestBody, MultipartRoundTripThroughTheReader) {
+TEST(DataSetBody, MultipartRoundTripThroughTheReader) {
     auto set = Items({{"a", "x y"}, {"b", "line1\r\nline2"}, {"c", ""}, {"d", "\r\n"}});
     MString body;
-    CRequestBody::CreateArgumentsFromData(*set, "1234567", false, body);
+    set->CreateArgumentsFromData("1234567", false, body);
     EXPECT_EQ(body.substr(0, 11), "--1234567\r\n");
     CDataSet back;
     bool rt = false, at = false;
@@ -84,7 +95,7 @@ TEST(RequestBody, MultipartRoundTripThroughTheReader) {
     EXPECT_EQ(Describe(back), Describe(*set));
 }
 
-class RequestBodyFile : public ::testing::Test {
+class DataSetBodyFile : public ::testing::Test {
 protected:
     void SetUp() override {
         dir = ::testing::TempDir() + "/forms_body_" + std::to_string(::getpid());
@@ -101,14 +112,14 @@ protected:
     std::string dir;
 };
 
-TEST_F(RequestBodyFile, FileItemBecomesFilePartAndReadsBackAsFileItem) {
+TEST_F(DataSetBodyFile, FileItemBecomesFilePartAndReadsBackAsFileItem) {
     const std::string path = dir + "/note.txt";
     std::ofstream(path) << "content";
     CDataSet set;
     set.AddData(Item("t", "v"));
     set.AddData(Item("up", path, CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_FILE));
     MString body;
-    CRequestBody::CreateArgumentsFromData(set, "XyZ", false, body);
+    set.CreateArgumentsFromData("XyZ", false, body);
     EXPECT_NE(body.find("Content-Disposition: form-data; name=\"up\"; filename=\"" + path +
                         "\"\r\nContent-Type: text/plain\r\n\r\ncontent\r\n--XyZ--\r\n"),
               std::string::npos);
@@ -120,84 +131,109 @@ TEST_F(RequestBodyFile, FileItemBecomesFilePartAndReadsBackAsFileItem) {
     EXPECT_EQ(back.DataElements().GetList().back()->GetValue(), path);
 }
 
-TEST(RequestBody, SkipParamsKeepsParameterReferenceUnescaped) {
+TEST(DataSetBody, SkipParamsKeepsParameterReferenceUnescaped) {
     MString text = "{P} a";
-    CRequestBody::EscArgsSkipParams("{", "}", text);
+    text = SkipParams("{", "}", text);
     EXPECT_EQ(text, "{P}+a");
 }
 
-TEST(RequestBody, SkipParamsEncodesAroundSeveralReferences) {
+TEST(DataSetBody, SkipParamsEncodesAroundSeveralReferences) {
     MString text = "a&{One Two}/{x}=";
-    CRequestBody::EscArgsSkipParams("{", "}", text);
+    text = SkipParams("{", "}", text);
     EXPECT_EQ(text, "a%26{One Two}%2F{x}%3D");
 }
 
-TEST(RequestBody, SkipParamsOpenWithoutCloseEncodesTheRestWithoutLosingIt) {
+TEST(DataSetBody, SkipParamsOpenWithoutCloseEncodesTheRestWithoutLosingIt) {
     MString text = "a {b} c {d e";
-    CRequestBody::EscArgsSkipParams("{", "}", text);
+    text = SkipParams("{", "}", text);
     EXPECT_EQ(text, "a+{b}+c+%7Bd+e");
 }
 
-TEST(RequestBody, SkipParamsWithMultiByteMarkers) {
+TEST(DataSetBody, SkipParamsWithMultiByteMarkers) {
     MString text = "<<P Q>> x";
-    CRequestBody::EscArgsSkipParams("<<", ">>", text);
+    text = SkipParams("<<", ">>", text);
     EXPECT_EQ(text, "<<P Q>>+x");
     MString same = "%%a b%% c";
-    CRequestBody::EscArgsSkipParams("%%", "%%", same);
+    same = SkipParams("%%", "%%", same);
     EXPECT_EQ(same, "%%a b%%+c");
 }
 
-TEST(RequestBody, SkipParamsWithEmptyMarkersEncodesEverything) {
+TEST(DataSetBody, SkipParamsWithEmptyMarkersEncodesEverything) {
     MString text = "{a b}";
-    CRequestBody::EscArgsSkipParams("", "}", text);
+    text = SkipParams("", "}", text);
     EXPECT_EQ(text, "%7Ba+b%7D");
     MString empty;
-    CRequestBody::EscArgsSkipParams("{", "}", empty);
+    empty = SkipParams("{", "}", empty);
     EXPECT_EQ(empty, "");
 }
 
-TEST(RequestBody, CreateArgumentsFromDataSkipParamsJoinsItemsWithAmpersand) {
+TEST(DataSetBody, CreateArgumentsFromDataSkipParamsJoinsItemsWithAmpersand) {
     auto set = Items({{"user", "{User Name}"}, {"q", "a b"}, {"{N}", "1"}});
     MString body;
-    CRequestBody::CreateArgumentsFromDataSkipParams(*set, "{", "}", body);
+    set->CreateArgumentsFromDataSkipParams("{", "}", body);
     EXPECT_EQ(body, "user={User Name}&q=a+b&{N}=1");
     CDataSet empty;
     MString none;
-    CRequestBody::CreateArgumentsFromDataSkipParams(empty, "{", "}", none);
+    empty.CreateArgumentsFromDataSkipParams("{", "}", none);
     EXPECT_EQ(none, "");
 }
 
-TEST(RequestBody, EliminateHiddensKeepsOrderOfTheOthers) {
+TEST(DataSetBody, EliminateHiddensKeepsOrderOfTheOthers) {
     CDataSet set;
     set.AddData(Item("a", "1"));
     set.AddData(Item("h1", "x", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_HIDDEN));
     set.AddData(Item("b", "2"));
     set.AddData(Item("h2", "y", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_HIDDEN));
-    CRequestBody::EliminateHiddens(set);
+    set.EliminateHiddens();
     EXPECT_EQ(Describe(set), "a=1\nb=2\n");
 }
 
-TEST(RequestBody, EliminateReadOnlyArgsKeepsOrderOfTheOthers) {
+TEST(DataSetBody, EliminateReadOnlyArgsKeepsOrderOfTheOthers) {
     CDataSet set;
     set.AddData(Item("r", "1", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_TEXT, true));
     set.AddData(Item("a", "2"));
     set.AddData(Item("h", "3", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_HIDDEN));
     set.AddData(Item("r2", "4", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_TEXT, true));
-    CRequestBody::EliminateReadOnlyArgs(set);
+    set.EliminateReadOnlyArgs();
     EXPECT_EQ(Describe(set), "a=2\nh=3\n");
-    CRequestBody::EliminateHiddens(set);
-    CRequestBody::EliminateReadOnlyArgs(set);
+    set.EliminateHiddens();
+    set.EliminateReadOnlyArgs();
     EXPECT_EQ(Describe(set), "a=2\n");
     CDataSet empty;
-    CRequestBody::EliminateHiddens(empty);
+    empty.EliminateHiddens();
     EXPECT_EQ(empty.GetNumElements(), 0u);
 }
 
-TEST(RequestBody, HugeValueIsEncodedWhole) {
+TEST(DataSetBody, HugeValueIsEncodedWhole) {
     auto set = Items({{"big", std::string(1 << 20, ' ')}});
     const std::string body = UrlBody(*set);
     EXPECT_EQ(body.size(), 4u + (1u << 20));
     EXPECT_EQ(body.find_first_not_of('+', 4), std::string::npos);
 }
 
+// A caller written against the data set's class interface: the body writers
+// are const members with these parameters, the trimmers plain members.
+static_assert(std::is_same_v<decltype(&CDataSet::CreateArgumentsFromData),
+                             void (CDataSet::*)(const MString&, bool, MString&) const>);
+static_assert(std::is_same_v<decltype(&CDataSet::CreateArgumentsFromDataSkipParams),
+                             void (CDataSet::*)(const MString&, const MString&, MString&) const>);
+static_assert(std::is_same_v<decltype(&CDataSet::EliminateHiddens), void (CDataSet::*)()>);
+static_assert(std::is_same_v<decltype(&CDataSet::EliminateReadOnlyArgs), void (CDataSet::*)()>);
+
+TEST(DataSetBody, MembersWorkThroughAConstReferenceAndAfterTrimming) {
+    CDataSet set("/post");
+    set.AddData(Item("h", "x", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_HIDDEN));
+    set.AddData(Item("q", "{P} 1"));
+    set.AddData(Item("r", "2", CData::RT_LITERAL, CData::RT_LITERAL, CData::DT_TEXT, true));
+    const CDataSet& view = set;
+    MString all;
+    view.CreateArgumentsFromData("", false, all);
+    EXPECT_EQ(all, "h=x&q=%7BP%7D+1&r=2");
+    set.EliminateHiddens();
+    set.EliminateReadOnlyArgs();
+    MString kept;
+    view.CreateArgumentsFromDataSkipParams("{", "}", kept);
+    EXPECT_EQ(kept, "q={P}+1");
+    EXPECT_EQ(set.GetActionUrl(), "/post");
+}
 }  // namespace
