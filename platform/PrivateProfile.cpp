@@ -98,13 +98,13 @@ void ClassifyLine(Line& line) {
         line.kind = LineKind::Blank;
         return;
     }
-    if (trimmed.front() == '[') {
-        // The name runs to the last "]"; text after it is ignored. Without
-        // any "]" the rest of the line is the name.
-        const std::size_t close = trimmed.rfind(']');
-        const std::size_t end = (close == std::string::npos || close == 0) ? trimmed.size() : close;
+    const std::size_t close = trimmed.rfind(']');
+    if (trimmed.front() == '[' && close != std::string::npos) {
+        // The name runs to the last "]"; text after it is ignored. A "[" line
+        // without any "]" opens no section: it is read as a key line of the
+        // section it stands in (a key without "=" unless it holds one).
         line.kind = LineKind::Section;
-        line.name = Trim(trimmed.substr(1, end - 1));
+        line.name = Trim(trimmed.substr(1, close - 1));
         return;
     }
     line.kind = LineKind::Key;
@@ -124,20 +124,21 @@ void Profile::Parse(const std::string& content) {
     std::size_t start = 0;
     // A UTF-8 byte order mark is kept in the file but not read as text.
     const bool bom = content.compare(0, 3, "\xEF\xBB\xBF") == 0;
+    // A line ends with CRLF, LF or CR alone.
     while (start < content.size()) {
-        const std::size_t newline = content.find('\n', start);
+        const std::size_t end = content.find_first_of("\r\n", start);
         Line line;
-        if (newline == std::string::npos) {
+        if (end == std::string::npos) {
             line.text = content.substr(start);
             start = content.size();
         } else {
-            std::size_t end = newline;
-            if (end > start && content[end - 1] == '\r') {
-                --end;
-            }
+            const std::size_t next =
+                content[end] == '\r' && end + 1 < content.size() && content[end + 1] == '\n'
+                    ? end + 2
+                    : end + 1;
             line.text = content.substr(start, end - start);
-            line.ending = content.substr(end, newline + 1 - end);
-            start = newline + 1;
+            line.ending = content.substr(end, next - end);
+            start = next;
         }
         lines.push_back(std::move(line));
     }
@@ -169,6 +170,11 @@ void Profile::Index() {
 
 const SectionRange* Profile::FindSection(const std::string& name) const {
     for (const SectionRange& section : sections) {
+        // The empty name is that of the keys before the first header, which
+        // always come first: a header "[]" is never the one found.
+        if (name.empty() && section.header >= 0) {
+            return nullptr;
+        }
         // The implicit section before the first header exists only when it
         // holds a key.
         if (section.header < 0) {
@@ -301,7 +307,9 @@ DWORD CopyList(const std::vector<std::string>& names, char* buffer, DWORD size) 
         all += name;
         all.push_back('\0');
     }
-    if (all.size() + 1 <= size) {
+    // The list fits only with room for both final NULs; a buffer that holds
+    // the names and one NUL gets the cut list (size - 2), like a smaller one.
+    if (all.size() + 2 <= size) {
         std::memcpy(buffer, all.data(), all.size());
         buffer[all.size()] = '\0';
         if (all.empty() && size > 1) {
@@ -559,7 +567,9 @@ DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue, 
         if (range != nullptr) {
             for (std::size_t i = range->first; i < range->end; ++i) {
                 const Line& line = profile.lines[i];
-                if (line.kind == LineKind::Key && !line.name.empty()) {
+                // Only keys: lines with "=" whose name is not a comment.
+                if (line.kind == LineKind::Key && line.hasValue && !line.name.empty() &&
+                    line.name.front() != ';') {
                     names.push_back(line.name);
                 }
             }
@@ -594,7 +604,8 @@ UINT GetPrivateProfileIntA(LPCSTR section, LPCSTR key, INT defaultValue, LPCSTR 
     }
     unsigned base = 10;
     if (p[0] == '0') {
-        const char prefix = FoldAscii(p[1]);
+        // Lower-case prefixes only: "0X1f" is the digit 0 followed by text.
+        const char prefix = p[1];
         if (prefix == 'x') {
             base = 16;
             p += 2;

@@ -1,14 +1,17 @@
 #pragma once
 // The Windows private-profile (INI file) functions, on plain files.
 //
-// File format, as read: lines end with LF or CRLF; a line whose first
-// non-blank character is "[" opens a section named by the text up to the
-// last "]" (trimmed); any other non-blank line is a key, split at its first
-// "=" (name and value trimmed of white space), or a key without a value when
-// it has no "=". Keys before the first section belong to the section "".
-// Names compare case-insensitively (ASCII). When a section or key occurs
-// twice, the first one wins. ";" starts no comment: a line "; k=v" is the key
-// "; k". A value enclosed in matching single or double quotes loses them.
+// File format, as read: lines end with CRLF, LF or CR alone; a line whose
+// first non-blank character is "[" and that holds a "]" opens a section named
+// by the text up to the last "]" (trimmed); a "[" line without "]" opens no
+// section. Any other non-blank line is a key line, split at its first "="
+// (name and value trimmed of white space); a line without "=" is no key. Keys
+// before the first section belong to the section "", and a lookup of "" finds
+// only them (never a section written "[]"). Names compare case-insensitively
+// (ASCII). When a section or key occurs twice, the first one wins. A direct
+// lookup takes ";" as part of a name (the line "; k=v" answers "; k"), but
+// enumerating a section's keys leaves out names that start with ";". A value
+// enclosed in matching single or double quotes loses them.
 //
 // Writes change only the line concerned and keep every other byte of the
 // file (blank lines, spacing, comments, line endings); a changed key is
@@ -41,16 +44,19 @@ using LPCSTR = const char*;
 /// - section and key given: the key's value, else the default (trailing
 ///   spaces of the default removed, enclosing quotes stripped); cut to
 ///   size - 1 bytes, never in the middle of a double-byte character.
-/// - section NULL: the names of all sections; key NULL: the names of the keys
-///   of the section; each name NUL-terminated, the list ended by a second NUL.
-///   When the list does not fit, it is cut, ended with two NULs, and the
-///   result is size - 2.
+/// - section NULL: the names of all sections (not the empty one); key NULL:
+///   the names of the keys of the section (lines with "=", not ";" names);
+///   each name NUL-terminated, the list ended by a second NUL. The whole list
+///   is returned only when size is at least the names with their NULs plus
+///   2; otherwise (also when the buffer holds the list and its final NUL
+///   exactly) it is cut, ended with two NULs, and the result is size - 2.
 /// A null buffer or a size of 0 returns 0 and writes nothing.
 WEBSTEP_API DWORD GetPrivateProfileStringA(LPCSTR section, LPCSTR key, LPCSTR defaultValue,
                                            LPSTR buffer, DWORD size, LPCSTR fileName);
 
 /// The key's value read as an integer: leading white space, an optional sign,
-/// an optional prefix "0x" (hex), "0o" (octal) or "0b" (binary), then digits
+/// an optional prefix "0x" (hex), "0o" (octal) or "0b" (binary), lower-case
+/// only ("0X1f" reads as 0), then digits
 /// up to the first that does not belong to the base; the value wraps modulo
 /// 2^32 ("0" when there are no digits). The default when the key is missing,
 /// has no value or an empty one, or the file is missing.

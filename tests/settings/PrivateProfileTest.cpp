@@ -120,11 +120,41 @@ TEST(PrivateProfile, SectionListIsDoubleNulTerminated) {
     EXPECT_EQ(std::string(buffer, 9), std::string("one\0two\0\0", 9));
 }
 
-TEST(PrivateProfile, KeyListSkipsNothingButEmptyNames) {
+TEST(PrivateProfile, KeyListHoldsOnlyKeysNotCommentsOrLinesWithoutEquals) {
     ScratchDir dir;
     const std::string path = dir.File("a.ini");
-    ScratchDir::Write(path, "[s]\na=1\nflag\n=v\n;note=x\n");
-    EXPECT_EQ(Get("s", nullptr, "ignored", path), std::string("a\0flag\0;note\0", 13));
+    ScratchDir::Write(path, "[s]\na=1\nflag\n=v\n;note=x\n[open\nb=2\n");
+    EXPECT_EQ(Get("s", nullptr, "ignored", path), std::string("a\0b\0", 4));
+    // A direct lookup still finds the ";" name.
+    EXPECT_EQ(Get("s", ";note", "def", path), "x");
+}
+
+TEST(PrivateProfile, FileWithCarriageReturnLineEndsIsReadAndWrittenLineByLine) {
+    ScratchDir dir;
+    const std::string path = dir.File("a.ini");
+    ScratchDir::Write(path, "[s]\ra=1\r[t]\rb=2\r");
+    EXPECT_EQ(Get("s", "a", "def", path), "1");
+    EXPECT_EQ(Get("t", "b", "def", path), "2");
+    EXPECT_EQ(Get("s", "b", "def", path), "def");
+    ASSERT_EQ(wp::WritePrivateProfileStringA("s", "c", "3", path.c_str()), 1);
+    std::string after;
+    ASSERT_TRUE(ScratchDir::Read(path, after));
+    EXPECT_EQ(after, "[s]\ra=1\rc=3\r[t]\rb=2\r");
+}
+
+TEST(PrivateProfile, EmptySectionHeaderIsNotTheSectionOfTheEmptyName) {
+    ScratchDir dir;
+    const std::string path = dir.File("a.ini");
+    ScratchDir::Write(path, "[]\nk=v\n");
+    EXPECT_EQ(Get("", "k", "def", path), "def");
+    // Writing to the empty name goes before the first header, and deleting
+    // it leaves "[]" alone.
+    ASSERT_EQ(wp::WritePrivateProfileStringA("", "k", "top", path.c_str()), 1);
+    EXPECT_EQ(Get("", "k", "def", path), "top");
+    ASSERT_EQ(wp::WritePrivateProfileStringA("", nullptr, nullptr, path.c_str()), 1);
+    std::string after;
+    ASSERT_TRUE(ScratchDir::Read(path, after));
+    EXPECT_EQ(after, "[]\nk=v\n");
 }
 
 TEST(PrivateProfile, ListOfMissingSectionOrFileIsEmpty) {
@@ -152,21 +182,25 @@ TEST(PrivateProfile, CutListEndsWithTwoNulsAndReturnsSizeMinusTwo) {
     char tiny[1] = {'#'};
     EXPECT_EQ(wp::GetPrivateProfileStringA("s", nullptr, "", tiny, 1, path.c_str()), 0u);
     EXPECT_EQ(tiny[0], '\0');
-    // A list that fits exactly with its final NUL is not cut.
-    char exact[13];
-    EXPECT_EQ(wp::GetPrivateProfileStringA("s", nullptr, "", exact, 12, path.c_str()), 11u);
+    // A buffer that holds the list and its final NUL exactly gets the cut
+    // list; one byte more holds it whole.
+    char exact[14];
+    EXPECT_EQ(wp::GetPrivateProfileStringA("s", nullptr, "", exact, 12, path.c_str()), 10u);
+    EXPECT_EQ(std::string(exact, 12), std::string("alpha\0beta\0\0", 12));
+    EXPECT_EQ(wp::GetPrivateProfileStringA("s", nullptr, "", exact, 13, path.c_str()), 11u);
     EXPECT_EQ(std::string(exact, 12), std::string("alpha\0beta\0\0", 12));
 }
 
 TEST(PrivateProfile, IntegerPrefixesSignsAndWrapping) {
     ScratchDir dir;
     const std::string path = dir.File("a.ini");
-    ScratchDir::Write(
-        path,
-        "[n]\nhex=0XfF\noct=0o777\nbin=0b1102\nneg=-12\nbig=4294967296\nempty=\nword=yes\n"
-        "dec=010\nflag\n");
+    ScratchDir::Write(path,
+                      "[n]\nhex=0xfF\nupper=0XfF\noct=0o777\nbin=0b1102\nneg=-12\nbig="
+                      "4294967296\nempty=\nword=yes\n"
+                      "dec=010\nflag\n");
     const char* p = path.c_str();
     EXPECT_EQ(wp::GetPrivateProfileIntA("n", "hex", 5, p), 255u);
+    EXPECT_EQ(wp::GetPrivateProfileIntA("n", "upper", 5, p), 0u);
     EXPECT_EQ(wp::GetPrivateProfileIntA("n", "oct", 5, p), 511u);
     EXPECT_EQ(wp::GetPrivateProfileIntA("n", "bin", 5, p), 6u);
     EXPECT_EQ(static_cast<int>(wp::GetPrivateProfileIntA("n", "neg", 5, p)), -12);
