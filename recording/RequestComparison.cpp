@@ -111,13 +111,40 @@ void ReplaceAll(std::string& text, const std::string& from, const std::string& t
         text.replace(at, from.size(), to);
 }
 
+// Bytes a browser escapes before it sends an address (non-ASCII, blanks,
+// controls), escaped, and escapes written with upper-case digits, so that an
+// address the script writes raw compares equal to the one that was sent.
+std::string EscapeAsSent(const std::string& url) {
+    static const char hex[] = "0123456789ABCDEF";
+    std::string out;
+    for (std::size_t i = 0; i < url.size(); ++i) {
+        const unsigned char c = static_cast<unsigned char>(url[i]);
+        if (c == '%' && i + 2 < url.size() &&
+            std::isxdigit(static_cast<unsigned char>(url[i + 1])) &&
+            std::isxdigit(static_cast<unsigned char>(url[i + 2]))) {
+            out += '%';
+            out += static_cast<char>(std::toupper(static_cast<unsigned char>(url[i + 1])));
+            out += static_cast<char>(std::toupper(static_cast<unsigned char>(url[i + 2])));
+            i += 2;
+        } else if (c >= 0x80 || c <= 0x20 || c == 0x7f) {
+            out += '%';
+            out += hex[c >> 4];
+            out += hex[c & 15];
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out;
+}
+
 // A URL printed the one way the parser prints it, so that equal addresses
-// written differently (host case, a default port) compare equal.
+// written differently (host case, a default port, raw or escaped bytes)
+// compare equal.
 std::string Canonical(const std::string& url) {
     CURLParser parser(url.c_str());
     if (!parser.IsValid())
-        return url;
-    return StripFragment(parser.GetFullURLWithSearch());
+        return EscapeAsSent(url);
+    return EscapeAsSent(StripFragment(parser.GetFullURLWithSearch()));
 }
 
 }  // namespace

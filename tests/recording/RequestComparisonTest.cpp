@@ -65,6 +65,15 @@ TEST(RequestComparisonTest, SameAddressWrittenDifferently) {
         << CompareRequests(planned, recorded).difference;
 }
 
+TEST(RequestComparisonTest, RawBytesOfTheScriptMatchTheirEscapesAsSent) {
+    RequestText planned{"GET", "https://h.org/\xD0\xBA\xD0\xBD?q=a b&r=%2f", "", ""};
+    RequestText recorded{"GET", "https://h.org/%D0%BA%D0%BD?q=a%20b&r=%2F", "", ""};
+    EXPECT_TRUE(CompareRequests(planned, recorded).same)
+        << CompareRequests(planned, recorded).difference;
+    recorded.url = "https://h.org/%D0%BA%D0%BE?q=a%20b&r=%2F";
+    EXPECT_FALSE(CompareRequests(planned, recorded).same);
+}
+
 TEST(RequestComparisonTest, MethodDifferenceIsNamed) {
     RequestComparison c =
         CompareRequests({"get", "https://h.org/", "", ""}, {"POST", "https://h.org/", "", ""});
