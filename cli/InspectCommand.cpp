@@ -9,8 +9,14 @@
 #include "webstep/forms/Form.h"
 #include "webstep/forms/Resource.h"
 #include "webstep/forms/StepResolver.h"
+#include "webstep/foundation/BinaryDataHandler.h"
 #include "webstep/html/HTMLForm.h"
 #include "webstep/html/HTMLLink.h"
+#include "webstep/recording/ParameterContext.h"
+#include "webstep/recording/ParameterSet.h"
+#include "webstep/recording/Recording.h"
+#include "webstep/recording/RequestComparison.h"
+#include "webstep/recording/ScriptFolder.h"
 #include "webstep/settings/RunTimeSettings.h"
 #include "webstep/steps/WebStepCustomRequest.h"
 #include "webstep/steps/WebStepError.h"
@@ -18,6 +24,7 @@
 #include "webstep/steps/WebStepSubmitData.h"
 
 #include <strings.h>
+#include <unicode/unistr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,6 +33,8 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <map>
+#include <optional>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -44,6 +53,8 @@ struct InspectOptions {
     // Parse with the 49 functions of the step grammar only; by default the
     // extended set that current script versions call is known too.
     bool specOnly = false;
+    // Compare each planned request with the request the recording holds.
+    bool compare = false;
 };
 
 // The text output cuts bodies here; --json always has them whole.
@@ -68,68 +79,6 @@ std::string Lower(std::string text) {
     for (char& c : text)
         c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
     return text;
-}
-
-// A file holds a settings section "WEB" when one of its lines, trimmed, reads
-// "[WEB]" in any letter case.
-bool HasWebSection(const fs::path& path) {
-    std::string text;
-    if (!ReadWholeFile(path, text) || text.size() > (8u << 20))
-        return false;
-    std::istringstream lines(text);
-    std::string line;
-    while (std::getline(lines, line)) {
-        const size_t first = line.find_first_not_of(" \t\r");
-        const size_t last = line.find_last_not_of(" \t\r");
-        if (first != std::string::npos && Lower(line.substr(first, last - first + 1)) == "[web]")
-            return true;
-    }
-    return false;
-}
-
-// The settings file of a folder: the first file (by name, .cfg files first)
-// directly in the folder with a "WEB" section; empty when there is none.
-std::string FindSettingsFile(const fs::path& folder) {
-    std::vector<fs::path> candidates;
-    std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-        std::error_code fileEc;
-        if (it->is_regular_file(fileEc) && it->path().extension() != ".c" &&
-            it->path().extension() != ".h")
-            candidates.push_back(it->path());
-    }
-    std::sort(candidates.begin(), candidates.end(), [](const fs::path& a, const fs::path& b) {
-        const bool ca = a.extension() == ".cfg", cb = b.extension() == ".cfg";
-        return ca != cb ? ca : a.filename() < b.filename();
-    });
-    for (const fs::path& path : candidates)
-        if (HasWebSection(path))
-            return path.string();
-    return std::string();
-}
-
-// Action files directly in the folder: names holding "init" first, names
-// holding "end" last, the rest between them, each group by name.
-std::vector<std::string> DefaultOrder(const fs::path& folder) {
-    std::vector<std::string> names;
-    std::error_code ec;
-    for (fs::directory_iterator it(folder, ec), end; !ec && it != end; it.increment(ec)) {
-        std::error_code fileEc;
-        if (it->is_regular_file(fileEc) && it->path().extension() == ".c")
-            names.push_back(it->path().filename().string());
-    }
-    auto rank = [](const std::string& name) {
-        const std::string lower = Lower(name);
-        if (lower.find("init") != std::string::npos)
-            return 0;
-        if (lower.find("end") != std::string::npos)
-            return 2;
-        return 1;
-    };
-    std::sort(names.begin(), names.end(), [&](const std::string& a, const std::string& b) {
-        return rank(a) != rank(b) ? rank(a) < rank(b) : a < b;
-    });
-    return names;
 }
 
 // "t5.inf" gives "t5": the snapshot's base name, from which the page files
@@ -202,6 +151,10 @@ OrderedJson UrlJson(const CURLParser& url) {
     return url.IsValid() ? OrderedJson(JsonText(url.GetFullURLWithSearch())) : OrderedJson();
 }
 
+MString Bytes(const OrderedJson& value);
+MString WireBytes(int encoding, const MString& value, bool& differs);
+bool ReadWholeFile(const fs::path& path, std::string& text);
+
 class CInspector {
 public:
     CInspector(const InspectOptions& options, fs::path folder)
@@ -223,14 +176,33 @@ private:
     bool ResolveLinkOrImage(CWebContextStep& step, bool image, OrderedJson& entry, CURLParser& url);
     bool ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLParser& url);
     CURLParser Absolute(const MString& text, bool& relative) const;
-    CHTMLVParser* LoadPage(const MString& name);
-    std::string DataPath(const MString& name) const { return (m_Folder / "data" / name).string(); }
+    CHTMLVParser* LoadPage(const MString& snapshot, const MString& name);
+    MString ShownFile(const MString& name) const;
     void Progress();
+    void CompareWithRecording(const MString& snapshot, OrderedJson& entry);
+    void ShowParameters(OrderedJson& entry);
 
     const InspectOptions& m_Options;
     fs::path m_Folder;
     CStepRunner m_Runner;
     PageState m_Page;
+    CScriptFolder m_Script;
+    FolderMessages m_Messages;
+    CRecording m_Recording;
+    CParameterSet m_ParameterSet;
+    // The values of user 1 in iteration 1 resolve addresses that need a
+    // parameter to be absolute.
+    std::unique_ptr<CParameterContext> m_Parameters;
+    // Per step: the parameter values an address took, the address as
+    // written when it needed them, and the body's bytes as they go on the
+    // wire when they differ from the body shown (binary parts).
+    CParameterContext::UsedValues m_UsedValues;
+    MString m_WrittenUrl, m_ResolvedUrl;
+    std::optional<MString> m_WireBody;
+    // Page files by the name the context tree gives them (t4f0.html) as the
+    // recording names them (t4f0.htm).
+    std::map<MString, MString> m_ShownFiles;
+    size_t m_Recorded = 0, m_RecordedSame = 0;
     size_t m_TotalSteps = 0;
     size_t m_DoneSteps = 0;
     bool m_ShowProgress = false;
@@ -244,11 +216,37 @@ void Unresolved(OrderedJson& entry, const std::string& why) {
     entry["unresolved"].push_back(JsonText(why));
 }
 
-CHTMLVParser* CInspector::LoadPage(const MString& name) {
-    std::string text;
-    if (!ReadWholeFile(DataPath(name), text))
-        return nullptr;
-    return CContextPage::Scan(text);
+// A page of a snapshot: the file its tN.inf names for that place (the
+// document, or the frame whose file has the same base name), else the file
+// named as the context tree names it, in data/, as .html or .htm.
+CHTMLVParser* CInspector::LoadPage(const MString& snapshot, const MString& name) {
+    const MString stem = SnapshotBase(name);
+    std::string bytes;
+    if (const CSnapshotInfo* info = m_Recording.Snapshot(SnapshotBase(snapshot), m_Messages)) {
+        for (const SnapshotPage& page : info->Pages()) {
+            if (page.kind == SnapshotPage::Kind::Resource || page.file.missing ||
+                Lower(SnapshotBase(page.file.name)) != Lower(stem))
+                continue;
+            if (m_Recording.ReadPage(page, bytes, m_Messages)) {
+                m_ShownFiles[name] = page.file.name;
+                return CContextPage::Scan(bytes);
+            }
+        }
+    }
+    for (const MString& candidate : {name, stem + ".htm", stem + ".html"}) {
+        if (std::optional<std::string> found = m_Recording.FindFile(candidate)) {
+            if (ReadWholeFile(m_Folder / "data" / *found, bytes)) {
+                m_ShownFiles[name] = *found;
+                return CContextPage::Scan(bytes);
+            }
+        }
+    }
+    return nullptr;
+}
+
+MString CInspector::ShownFile(const MString& name) const {
+    auto found = m_ShownFiles.find(name);
+    return "data/" + (found != m_ShownFiles.end() ? found->second : name);
 }
 
 CURLParser CInspector::Absolute(const MString& text, bool& relative) const {
@@ -256,6 +254,28 @@ CURLParser CInspector::Absolute(const MString& text, bool& relative) const {
     CURLParser url(text.c_str());
     if (url.IsValid() && url.IsWellKnownScheme())
         return url;
+    // An address that needs a parameter to be absolute ("{BaseUrl}/list")
+    // takes the parameter's value for user 1 in iteration 1; the request
+    // shown keeps the reference as written.
+    if (m_Parameters) {
+        CParameterContext::UsedValues used;
+        const MString substituted = m_Parameters->Substitute(text, &used);
+        if (!used.empty() && substituted != text) {
+            CURLParser resolved(substituted.c_str());
+            if (!(resolved.IsValid() && resolved.IsWellKnownScheme()) && m_Page.tree &&
+                m_Page.tree->GetUrl().IsValid()) {
+                resolved = CURLParser(m_Page.tree->GetUrl(), substituted.c_str());
+                relative = resolved.IsValid();
+            }
+            if (resolved.IsValid()) {
+                auto* self = const_cast<CInspector*>(this);
+                self->m_UsedValues.insert(self->m_UsedValues.end(), used.begin(), used.end());
+                self->m_WrittenUrl = text;
+                self->m_ResolvedUrl = resolved.GetFullURLWithSearch();
+                return resolved;
+            }
+        }
+    }
     // A relative address is taken against the current page, as a browser does.
     if (m_Page.tree && m_Page.tree->GetUrl().IsValid()) {
         CURLParser combined(m_Page.tree->GetUrl(), text.c_str());
@@ -321,10 +341,10 @@ void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJs
     }
     const MString base = SnapshotBase(m_Page.snapshot);
     const MString fileName = m_Page.tree->ComputeSnapshotFileName("", "text/html", base, false);
-    m_Page.file = "data/" + fileName;
+    CHTMLVParser* html = LoadPage(m_Page.snapshot, fileName);
+    m_Page.file = ShownFile(fileName);
     m_Page.where = m_Page.file;
     page["file"] = JsonText(m_Page.file);
-    CHTMLVParser* html = LoadPage(fileName);
     m_Page.loaded = html != nullptr;
     page["loaded"] = m_Page.loaded;
     if (html == nullptr) {
@@ -332,8 +352,10 @@ void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJs
         return;
     }
     m_Page.tree->SetTree(html);
+    const MString snapshot = m_Page.snapshot;
     CStepResolver::PlaceFrames(
-        *m_Page.tree, base, [this](const MString& name) { return LoadPage(name); }, kFrameDepth);
+        *m_Page.tree, base,
+        [this, snapshot](const MString& name) { return LoadPage(snapshot, name); }, kFrameDepth);
     m_Page.tree->UpdateRelFrameId(nullptr);
     page["title"] = html->title() != nullptr ? JsonText(html->title()) : OrderedJson();
     page["forms"] = html->nForms();
@@ -345,7 +367,7 @@ void CInspector::Navigate(CWebActionStep& step, const CURLParser& url, OrderedJs
             continue;
         frames.push_back(OrderedJson{{"id", JsonText(node->GetRelFrameId())},
                                      {"name", JsonText(node->GetFrameName())},
-                                     {"file", JsonText("data/" + node->GetSnapshotFileName())},
+                                     {"file", JsonText(ShownFile(node->GetSnapshotFileName()))},
                                      {"loaded", node->GetTree() != nullptr},
                                      {"url", UrlJson(node->GetUrl())}});
     }
@@ -370,18 +392,19 @@ void CInspector::LoadIntoFrame(CContextTree& frame, const MString& snapshot, con
     const MString base = SnapshotBase(snapshot);
     // The step recorded the frame's document as a page of its own: tN.html.
     const MString fileName = frame.ComputeSnapshotFileName("", "text/html", base, false);
-    page["file"] = JsonText("data/" + fileName);
-    CHTMLVParser* html = LoadPage(fileName);
+    CHTMLVParser* html = LoadPage(snapshot, fileName);
+    page["file"] = JsonText(ShownFile(fileName));
     page["loaded"] = html != nullptr;
     if (html != nullptr) {
         frame.SetTree(html);
         CStepResolver::PlaceFrames(
-            frame, base, [this](const MString& name) { return LoadPage(name); }, kFrameDepth);
+            frame, base, [this, snapshot](const MString& name) { return LoadPage(snapshot, name); },
+            kFrameDepth);
         m_Page.tree->UpdateRelFrameId(nullptr);
         page["title"] = html->title() != nullptr ? JsonText(html->title()) : OrderedJson();
         page["forms"] = html->nForms();
         page["links"] = html->nLinks();
-        m_Page.where += " (frame " + frame.GetFrameName() + ": data/" + fileName + ")";
+        m_Page.where += " (frame " + frame.GetFrameName() + ": " + ShownFile(fileName) + ")";
     }
     std::vector<CContextTree*> documents;
     CStepResolver::Documents(*m_Page.tree, documents);
@@ -404,9 +427,20 @@ void CInspector::RequestOfCustomRequest(const CWebStepCustomRequest& step, bool 
         request["content_type"] = JsonText(step.GetEncType());
     // The body as the parts are written, in order: texts as they are, binary
     // parts in their escaped script form, body variables by name.
-    MString body;
+    MString body, wire;
+    bool wireDiffers = false;
     OrderedJson parts = OrderedJson::array();
     for (const auto& part : step.GetBody()) {
+        std::string fileBody;
+        if (part.encoding == CWebStepCustomRequest::BODY_VARIABLE &&
+            strcasecmp(part.attributeName.c_str(), "BodyFilePath") == 0 &&
+            ReadWholeFile(m_Folder / part.value, fileBody)) {
+            // The body is the file's bytes, the path taken in the folder.
+            wire += fileBody;
+            wireDiffers = true;
+        } else {
+            wire += WireBytes(part.encoding, part.value, wireDiffers);
+        }
         const char* kind = "text";
         if (part.encoding == CWebStepCustomRequest::BODY_BINARY)
             kind = "binary";
@@ -423,6 +457,8 @@ void CInspector::RequestOfCustomRequest(const CWebStepCustomRequest& step, bool 
     }
     if (!step.GetRawBodyStartEnd().empty())
         request["raw_body"] = true;
+    if (wireDiffers)
+        m_WireBody = wire;
     if (!parts.empty()) {
         request["body"] = JsonText(body);
         request["body_parts"] = parts;
@@ -440,7 +476,8 @@ void CInspector::RequestOfSubmitData(CWebStepSubmitData& step, OrderedJson& entr
     // A fixed boundary keeps the shown body stable from run to run.
     const MString boundary = multipart && !get ? "----webstepBoundary" : "";
     if (boundary.empty())
-        step.GetDataSet().CreateArgumentsFromDataSkipParams("{", "}", body);
+        step.GetDataSet().CreateArgumentsFromDataSkipParams(
+            m_Script.Description().LeftBrace(), m_Script.Description().RightBrace(), body);
     else
         step.GetDataSet().CreateArgumentsFromData(boundary, false, body);
     OrderedJson request{{"method", get ? "GET" : "POST"}};
@@ -471,14 +508,38 @@ void CInspector::RequestOfSubmitData(CWebStepSubmitData& step, OrderedJson& entr
     entry["request"] = request;
 }
 
-OrderedJson TargetJson(const StepTarget& target, const char* kind) {
+// The bytes a body part sends: binary parts decoded from their escapes,
+// Unicode parts as UTF-16LE; a body variable cannot be known here and stays
+// as its name.
+MString WireBytes(int encoding, const MString& value, bool& differs) {
+    if (encoding == CWebStepCustomRequest::BODY_BINARY) {
+        char* bytes = nullptr;
+        const int length = CBinaryDataHandler::ConvertAsciiToBinary(value.c_str(), &bytes, true);
+        MString out = length >= 0 && bytes ? MString(bytes, static_cast<size_t>(length)) : value;
+        free(bytes);
+        differs = true;
+        return out;
+    }
+    if (encoding == CWebStepCustomRequest::BODY_UNICODE) {
+        const icu::UnicodeString text(value.c_str(), static_cast<int32_t>(value.size()), "");
+        MString out;
+        for (int32_t i = 0; i < text.length(); ++i) {
+            const char16_t unit = text.charAt(i);
+            out += static_cast<char>(unit & 0xFF);
+            out += static_cast<char>(unit >> 8);
+        }
+        differs = true;
+        return out;
+    }
+    return value;
+}
+
+OrderedJson TargetJson(const StepTarget& target, const char* kind, const MString& document) {
     OrderedJson json{{"kind", kind}, {"text", JsonText(target.text)}};
     if (target.link != nullptr && target.link->url() != nullptr)
         json["href"] = JsonText(target.link->url());
     if (target.node != nullptr) {
-        json["document"] = JsonText(target.node->GetParent() != nullptr
-                                        ? "data/" + target.node->GetSnapshotFileName()
-                                        : MString());
+        json["document"] = JsonText(target.node->GetParent() != nullptr ? document : MString());
         if (target.node->GetParent() != nullptr) {
             json["frame_id"] = JsonText(target.node->GetRelFrameId());
             json["frame"] = JsonText(target.node->GetFrameName());
@@ -505,7 +566,9 @@ bool CInspector::ResolveLinkOrImage(CWebContextStep& step, bool image, OrderedJs
         Unresolved(entry, why + " in " + m_Page.where);
         return false;
     }
-    OrderedJson json = TargetJson(target, image ? "image" : "link");
+    OrderedJson json =
+        TargetJson(target, image ? "image" : "link",
+                   target.node ? ShownFile(target.node->GetSnapshotFileName()) : MString());
     if (json["document"].is_string() && json["document"].get<std::string>().empty())
         json["document"] = JsonText(MString(m_Page.file));
     entry["target"] = json;
@@ -543,7 +606,7 @@ bool CInspector::ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLP
         return false;
     }
     CForm form(target.node->GetTree(), target.form, true, target.node->GetFrameName());
-    OrderedJson json = TargetJson(target, "form");
+    OrderedJson json = TargetJson(target, "form", ShownFile(target.node->GetSnapshotFileName()));
     if (json["document"].get<std::string>().empty())
         json["document"] = JsonText(MString(m_Page.file));
     json["index"] = target.formIndex + 1;
@@ -682,6 +745,10 @@ OrderedJson CInspector::InspectCall(const ScriptCall& call) {
     }
     ++m_Navigations;
     entry["kind"] = "navigation";
+    m_UsedValues.clear();
+    m_WrittenUrl.clear();
+    m_ResolvedUrl.clear();
+    m_WireBody.reset();
     if (!action->GetSnapshot().empty())
         entry["snapshot"] = JsonText(action->GetSnapshot());
     CURLParser url;
@@ -719,8 +786,77 @@ OrderedJson CInspector::InspectCall(const ScriptCall& call) {
         ++m_Resolved;
     else
         ++m_Unresolved;
+    ShowParameters(entry);
+    if (m_Options.compare)
+        CompareWithRecording(action->GetSnapshot(), entry);
     Navigate(*action, url, entry);
     return entry;
+}
+
+// An address that needed parameters: the request shows it as written, with
+// the address it resolved to and the values used beside it.
+void CInspector::ShowParameters(OrderedJson& entry) {
+    if (m_UsedValues.empty())
+        return;
+    if (!m_WrittenUrl.empty() && entry.contains("request") && entry["request"]["url"].is_string()) {
+        OrderedJson& request = entry["request"];
+        const MString shown = Bytes(request["url"]);
+        if (shown.compare(0, m_ResolvedUrl.size(), m_ResolvedUrl) == 0) {
+            request["resolved_url"] = JsonText(shown);
+            request["url"] = JsonText(m_WrittenUrl + shown.substr(m_ResolvedUrl.size()));
+        }
+    }
+    OrderedJson values = OrderedJson::array();
+    for (const auto& [name, value] : m_UsedValues)
+        values.push_back(OrderedJson{{"name", JsonText(name)}, {"value", JsonText(value)}});
+    entry["parameters"] = OrderedJson{{"user", 1}, {"iteration", 1}, {"values", values}};
+}
+
+// The request the recording holds for the step: the primary exchange of its
+// snapshot XML file.
+void CInspector::CompareWithRecording(const MString& snapshot, OrderedJson& entry) {
+    OrderedJson recorded{{"recorded", false}};
+    std::optional<HttpExchange> exchange;
+    if (!snapshot.empty())
+        exchange = m_Recording.PrimaryRequest(SnapshotBase(snapshot), m_Messages);
+    if (!exchange || !entry.contains("request")) {
+        recorded["why"] = snapshot.empty() ? "the step has no Snapshot"
+                          : !exchange      ? "the recording holds no request for this step"
+                                           : "nothing was planned";
+        entry["recorded"] = recorded;
+        return;
+    }
+    const OrderedJson& request = entry["request"];
+    RequestText planned;
+    planned.method = Bytes(request["method"]);
+    planned.url = request["url"].is_null() ? MString() : Bytes(request["url"]);
+    planned.body =
+        m_WireBody ? *m_WireBody : (request.contains("body") ? Bytes(request["body"]) : MString());
+    if (request.contains("content_type"))
+        planned.contentType = Bytes(request["content_type"]);
+    RequestText actual;
+    actual.method = exchange->method;
+    actual.url = exchange->url;
+    actual.body = exchange->requestBody;
+    if (const std::string* type = exchange->RequestHeader("Content-Type"))
+        actual.contentType = *type;
+    const RequestComparison comparison = CompareRequests(
+        planned, actual, m_Script.Description().LeftBrace(), m_Script.Description().RightBrace());
+    ++m_Recorded;
+    m_RecordedSame += comparison.same ? 1 : 0;
+    recorded["recorded"] = true;
+    recorded["same"] = comparison.same;
+    recorded["method"] = JsonText(exchange->method);
+    recorded["url"] = JsonText(exchange->url);
+    if (!comparison.same) {
+        recorded["part"] = comparison.part;
+        recorded["difference"] = JsonText(comparison.difference);
+    }
+    OrderedJson references = OrderedJson::array();
+    for (const auto& [name, value] : comparison.references)
+        references.push_back(OrderedJson{{"name", JsonText(name)}, {"value", JsonText(value)}});
+    recorded["references"] = references;
+    entry["recorded"] = recorded;
 }
 
 void CInspector::Progress() {
@@ -735,21 +871,19 @@ void CInspector::Progress() {
 }
 
 OrderedJson CInspector::SettingsJson() {
-    std::string path = m_Options.settings;
     OrderedJson json;
-    if (path.empty())
-        path = FindSettingsFile(m_Folder);
-    CRunTimeSettings settings;
-    if (path.empty()) {
-        json["file"] = nullptr;
-    } else {
+    if (!m_Options.settings.empty()) {
         std::error_code ec;
-        if (!fs::is_regular_file(path, ec))
-            m_Problems.push_back("cannot read the settings file \"" + path + "\"");
+        if (!fs::is_regular_file(m_Options.settings, ec))
+            m_Problems.push_back("cannot read the settings file \"" + m_Options.settings + "\"");
         else
-            settings.ReadFromFile(path);
-        json["file"] = path;
+            m_Script.UseSettingsFile(m_Options.settings, m_Messages);
+        json["file"] = m_Options.settings;
+    } else {
+        json["file"] =
+            m_Script.SettingsPath().empty() ? OrderedJson() : OrderedJson(m_Script.SettingsPath());
     }
+    const CRunTimeSettings& settings = m_Script.Settings().Web();
     const CProxyInfo& proxy = settings.GetProxyInfo();
     json["browser"] = JsonText(settings.GetBrowserId());
     json["user_agent"] = JsonText(settings.GetActualBrowserIdString());
@@ -923,6 +1057,32 @@ void PrintEntry(const std::string& file, const OrderedJson& entry, std::ostream&
             PrintBody(body, pad + "  ", out);
         }
     }
+    if (entry.contains("parameters")) {
+        out << pad << "parameters (user 1, iteration 1):";
+        for (const OrderedJson& value : entry["parameters"]["values"])
+            out << " " << Bytes(value["name"]) << "=" << DisplayText(Bytes(value["value"]), 80);
+        out << '\n';
+        if (entry["request"].contains("resolved_url"))
+            out << pad << "  resolved: " << DisplayText(Bytes(entry["request"]["resolved_url"]), 0)
+                << '\n';
+    }
+    if (entry.contains("recorded")) {
+        const OrderedJson& recorded = entry["recorded"];
+        if (!recorded["recorded"].get<bool>()) {
+            out << pad << "recorded: no request to compare (" << recorded["why"].get<std::string>()
+                << ")\n";
+        } else if (recorded["same"].get<bool>()) {
+            out << pad << "recorded: the same request";
+            for (const OrderedJson& reference : recorded["references"])
+                out << " " << Bytes(reference["name"]) << "="
+                    << QuotedText(Bytes(reference["value"]), 60);
+            out << '\n';
+        } else {
+            out << pad << "recorded: DIFFERENT: " << Bytes(recorded["difference"]) << '\n'
+                << pad << "  recorded " << Bytes(recorded["method"]) << " "
+                << DisplayText(Bytes(recorded["url"]), 0) << '\n';
+        }
+    }
     if (entry.contains("resources")) {
         const OrderedJson& resources = entry["resources"];
         out << pad << "extra resources (" << resources.size() << "):\n";
@@ -977,9 +1137,20 @@ int CInspector::Run() {
         std::cerr << "webstep inspect: \"" << m_Folder.string() << "\" is not a folder\n";
         return 2;
     }
+    m_Script.Open(m_Folder.string(), m_Messages);
+    m_Recording.Open(m_Script.DataDir(), m_Messages);
+    if (m_Script.HasDescription()) {
+        m_ParameterSet.Load(m_Script.ParameterPath(), m_Folder.string(), m_Messages);
+        m_Parameters = std::make_unique<CParameterContext>(m_ParameterSet, 1, 1,
+                                                           m_Script.Description().LeftBrace(),
+                                                           m_Script.Description().RightBrace());
+        m_Parameters->BeginIteration(1);
+    }
     OrderedJson settings = SettingsJson();
-    std::vector<std::string> files =
-        m_Options.order.empty() ? DefaultOrder(m_Folder) : m_Options.order;
+    std::vector<std::string> files = m_Options.order;
+    if (files.empty())
+        for (const FolderAction& action : m_Script.InspectionOrder())
+            files.push_back(action.file);
     // Count the steps first, for the progress line.
     std::vector<std::string> readable;
     for (const std::string& name : files) {
@@ -1010,6 +1181,23 @@ int CInspector::Run() {
                         {"resolved", m_Resolved},
                         {"unresolved", m_Unresolved},
                         {"not_parsed", m_NotParsed}};
+    if (m_Options.compare) {
+        summary["recorded_requests"] = m_Recorded;
+        summary["planned_exactly"] = m_RecordedSame;
+    }
+    if (m_Parameters)
+        for (const FolderMessage& message : m_Parameters->Messages())
+            m_Messages.push_back(message);
+    OrderedJson messages = OrderedJson::array();
+    for (const FolderMessage& message : m_Messages) {
+        if (!m_Options.json)
+            std::cerr << "webstep inspect: " << message.Format() << '\n';
+        messages.push_back(
+            OrderedJson{{"kind", message.kind == FolderMessage::Kind::Note ? "note" : "warning"},
+                        {"file", JsonText(message.file)},
+                        {"line", message.line},
+                        {"message", JsonText(message.text)}});
+    }
     for (const std::string& problem : m_Problems)
         std::cerr << "webstep inspect: " << problem << '\n';
     if (m_Options.json) {
@@ -1017,6 +1205,7 @@ int CInspector::Run() {
                                           {"settings", settings},
                                           {"files", jsonFiles},
                                           {"summary", summary},
+                                          {"messages", messages},
                                           {"io_errors", m_Problems}})
                   << '\n';
     } else {
@@ -1054,11 +1243,16 @@ int CInspector::Run() {
                   << m_Navigations << " navigation steps: " << m_Resolved << " resolved, "
                   << m_Unresolved << " not resolved; " << m_NotParsed
                   << (m_NotParsed == 1 ? " step does" : " steps do") << " not parse\n";
+        if (m_Options.compare)
+            std::cout << m_Recorded << " steps with a recorded request: " << m_RecordedSame
+                      << " planned exactly as recorded, " << (m_Recorded - m_RecordedSame)
+                      << " different\n";
     }
     std::cout.flush();
     if (!m_Problems.empty())
         return 2;
-    return m_Unresolved != 0 || m_NotParsed != 0 ? 1 : 0;
+    const bool differs = m_Options.compare && m_RecordedSame != m_Recorded;
+    return m_Unresolved != 0 || m_NotParsed != 0 || differs ? 1 : 0;
 }
 
 std::vector<std::string> SplitOrder(const std::vector<std::string>& given) {
@@ -1111,6 +1305,13 @@ void AddInspectCommand(CLI::App& app, int* exitCode) {
                      "holding \"end\" last, the rest by name.\n  example: webstep inspect "
                      "--order init.c,loans.c,end.c examples/library-loans")
         ->type_name("FILES");
+    inspect->add_flag("--compare", options->compare,
+                      "For each step whose recording holds the request that was sent (the "
+                      "primary exchange of its snapshot XML file), say whether the planned "
+                      "request is that request: method, absolute URL and body; a parameter "
+                      "reference matches the recorded text and shows it. Exit status 1 when a "
+                      "request differs.\n  example: webstep inspect --compare "
+                      "examples/library-loans");
     inspect->add_flag("--spec-only", options->specOnly,
                       "Parse with the 49 step functions of the script grammar only, reporting "
                       "other web_ functions as unknown.\n  example: webstep inspect --spec-only "
