@@ -48,8 +48,12 @@ echo "== a link of the page resolved against the page's address:"
 # 1 (and the demo fails) when a step of the example cannot be resolved.
 echo
 echo "=================================================================="
-echo "== THE MAIN JOB: webstep inspect $example"
+echo "== THE MAIN JOB: webstep inspect --compare on the example folders"
 echo "== every navigation step with the request a replay would send, the"
-echo "== link or form it picks in the page recorded before it, and the frames"
+echo "== link or form it picks in the page recorded before it, the frames,"
+echo "== and whether that request is the one the recording holds"
 echo "=================================================================="
-"$tool" inspect "$example"
+for folder in "$example" examples/northfield-branches; do
+  "$tool" inspect --compare "$folder"
+  echo
+done
