@@ -3,7 +3,7 @@
 # --check fails when the file on disk is not what it would write.
 set -euo pipefail
 cd "$(dirname "$0")/.."
-folders=(foundation platform script steps html context forms url settings resources recording)
+folders=(foundation platform script steps html context forms url settings resources recording replay)
 generate() {
   echo '#pragma once'
   echo '// Umbrella header: includes every public header of the library.'
