@@ -60,7 +60,8 @@ bool NaturalLess(const std::string& a, const std::string& b) {
             j = ej;
             continue;
         }
-        const std::string ca = Lower(std::string_view(&a[i], 1)), cb = Lower(std::string_view(&b[j], 1));
+        const std::string ca = Lower(std::string_view(&a[i], 1)),
+                          cb = Lower(std::string_view(&b[j], 1));
         if (ca != cb)
             return ca < cb;
         ++i;

@@ -38,7 +38,8 @@ std::string JoinPath(const std::string& dir, const std::string& name) {
 // Reads "<prefix><digits>" (prefix without regard to case); the number, or 0
 // when key is not of that form.
 unsigned KeyNumber(std::string_view key, std::string_view prefix) {
-    if (!StartsWithNoCase(key, prefix) || key.size() == prefix.size() || key.size() > prefix.size() + 6)
+    if (!StartsWithNoCase(key, prefix) || key.size() == prefix.size() ||
+        key.size() > prefix.size() + 6)
         return 0;
     unsigned number = 0;
     for (char c : key.substr(prefix.size())) {
@@ -105,8 +106,8 @@ bool CSnapshotInfo::ParseFrameIndex(std::string_view text, std::vector<unsigned>
     std::size_t start = 0;
     while (true) {
         const std::size_t dot = text.find('.', start);
-        const std::string_view part =
-            text.substr(start, dot == std::string_view::npos ? std::string_view::npos : dot - start);
+        const std::string_view part = text.substr(
+            start, dot == std::string_view::npos ? std::string_view::npos : dot - start);
         if (part.empty() || part.size() > 6)
             return false;
         unsigned value = 0;
@@ -244,9 +245,9 @@ void CSnapshotInfo::ReadText(std::string_view text, const std::string& fileName,
             return;
         }
         section = &ini.Sections().front();
-        AddFolderWarning(messages, fileName, section->line,
-                         "no section [" + m_name + "]; section [" + section->name +
-                             "] is read instead");
+        AddFolderWarning(
+            messages, fileName, section->line,
+            "no section [" + m_name + "]; section [" + section->name + "] is read instead");
     }
 
     // FileNameK, URLK and FrameIndexK by K; the first of a repeated key wins.
@@ -290,15 +291,15 @@ void CSnapshotInfo::ReadText(std::string_view text, const std::string& fileName,
     for (const auto& [k, entries] : numbered) {
         if (!entries.fileName) {
             const CIniDocument::Entry* stray = entries.url ? entries.url : entries.frameIndex;
-            AddFolderWarning(messages, fileName, stray->line,
-                             stray->key + " has no FileName" + std::to_string(k) +
-                                 "; it is ignored");
+            AddFolderWarning(
+                messages, fileName, stray->line,
+                stray->key + " has no FileName" + std::to_string(k) + "; it is ignored");
             continue;
         }
         SnapshotPage page;
         page.number = k;
-        page.file = Resolve(entries.fileName->value, entries.fileName->key,
-                            entries.fileName->line, messages, finder);
+        page.file = Resolve(entries.fileName->value, entries.fileName->key, entries.fileName->line,
+                            messages, finder);
         if (entries.url)
             page.url = entries.url->value;
         bool indexed = false;
@@ -320,7 +321,8 @@ void CSnapshotInfo::ReadText(std::string_view text, const std::string& fileName,
         } else {
             page.kind = SnapshotPage::Kind::Frame;
             if (!indexed) {
-                page.frameIndexFromName = FrameIndexFromName(m_name, page.file.name, page.frameIndex);
+                page.frameIndexFromName =
+                    FrameIndexFromName(m_name, page.file.name, page.frameIndex);
             }
         }
         m_pages.push_back(std::move(page));

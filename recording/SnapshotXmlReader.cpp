@@ -308,8 +308,8 @@ private:
             const char* port = FindAttribute(atts, "port");
             const char* path = FindAttribute(atts, "path");
             const bool https = port && std::strcmp(port, "443") == 0;
-            m_exchange.url = std::string(https ? "https://" : "http://") +
-                             FileBytes(host, m_byteTransparent);
+            m_exchange.url =
+                std::string(https ? "https://" : "http://") + FileBytes(host, m_byteTransparent);
             if (port && std::strcmp(port, "443") != 0 && std::strcmp(port, "80") != 0 && *port)
                 m_exchange.url += std::string(":") + port;
             const std::string pathText = path ? FileBytes(path, m_byteTransparent) : "";
@@ -337,8 +337,8 @@ private:
             case Node::AllHeaders:
                 if (m_exchange.responseStatus == 0) {
                     const std::size_t end = m_allHeaders.find_first_of("\r\n");
-                    m_exchange.responseStatus = StatusFromStatusLine(
-                        std::string_view(m_allHeaders).substr(0, end));
+                    m_exchange.responseStatus =
+                        StatusFromStatusLine(std::string_view(m_allHeaders).substr(0, end));
                 }
                 m_allHeaders.clear();
                 break;
@@ -362,9 +362,8 @@ private:
                 }
                 return;
             }
-            if (m_exchange.responseStatus == 0 &&
-                (AsciiEqual(header.name.c_str(), "status") ||
-                 AsciiEqual(header.name.c_str(), ":status")))
+            if (m_exchange.responseStatus == 0 && (AsciiEqual(header.name.c_str(), "status") ||
+                                                   AsciiEqual(header.name.c_str(), ":status")))
                 m_exchange.responseStatus = ReadStatusCode(header.value);
         }
         (m_response ? m_exchange.responseHeaders : m_exchange.requestHeaders)
@@ -442,12 +441,12 @@ private:
                 used = 0;
                 m_bad = true;
                 char what[64];
-                std::snprintf(what, sizeof what, "byte 0x%02X", static_cast<unsigned char>(text[i]));
-                AddFolderWarning(
-                    m_messages, m_fileName,
-                    static_cast<unsigned>(XML_GetCurrentLineNumber(m_parser)),
-                    std::string("ActualData is not base64 (") + what +
-                        "); the value is kept as far as it was decoded");
+                std::snprintf(what, sizeof what, "byte 0x%02X",
+                              static_cast<unsigned char>(text[i]));
+                AddFolderWarning(m_messages, m_fileName,
+                                 static_cast<unsigned>(XML_GetCurrentLineNumber(m_parser)),
+                                 std::string("ActualData is not base64 (") + what +
+                                     "); the value is kept as far as it was decoded");
                 return;
             }
         }
