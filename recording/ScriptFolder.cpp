@@ -132,7 +132,7 @@ bool CScriptFolder::Open(const std::string& dir, FolderMessages& messages) {
     } else {
         for (const ScriptAction& action : m_description.Actions()) {
             if (!fs::is_regular_file(folder / action.file, ec))
-                AddFolderWarning(messages, fs::path(description).filename().string(), 0,
+                AddFolderWarning(messages, description, 0,
                                  "the action file \"" + action.file + "\" does not exist");
             m_actions.push_back({action.name, action.file});
         }
@@ -140,7 +140,7 @@ bool CScriptFolder::Open(const std::string& dir, FolderMessages& messages) {
     if (m_description.RunLogicFile().empty() ||
         !fs::is_regular_file(folder / m_description.RunLogicFile(), ec)) {
         if (!m_description.RunLogicFile().empty())
-            AddFolderWarning(messages, m_description.RunLogicFile(), 0,
+            AddFolderWarning(messages, (folder / m_description.RunLogicFile()).string(), 0,
                              "the run-logic file does not exist; the actions run in the order "
                              "of the folder description, one iteration");
         m_runLogic.UseDefault(m_description);
@@ -152,7 +152,7 @@ bool CScriptFolder::Open(const std::string& dir, FolderMessages& messages) {
         m_settings.Read(settings.string(), messages);
     } else {
         const std::string other = FindSettingsFile(files);
-        AddFolderWarning(messages, m_description.SettingsFile(), 0,
+        AddFolderWarning(messages, settings.string(), 0,
                          other.empty()
                              ? "the settings file does not exist; defaults are used"
                              : "the settings file does not exist; " +

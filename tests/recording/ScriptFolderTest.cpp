@@ -67,7 +67,8 @@ TEST_F(ScriptFolderTest, MissingRunLogicFallsBackToTheDescriptionOrder) {
     EXPECT_EQ(folder.Iterations(), 1u);
     bool warned = false;
     for (const auto& m : messages)
-        warned |= m.file == "default.usp" && m.text.find("does not exist") != std::string::npos;
+        warned |=
+            m.file == dir.File("default.usp") && m.text.find("does not exist") != std::string::npos;
     EXPECT_TRUE(warned);
 }
 
@@ -209,7 +210,7 @@ TEST_F(ScriptFolderTest, MissingSettingsFileFallsBackToAFileWithWebSection) {
     EXPECT_EQ(folder.SettingsPath(), dir.File("other.cfg"));
     bool warned = false;
     for (const auto& m : messages)
-        warned |= m.file == "default.cfg";
+        warned |= m.file == dir.File("default.cfg");
     EXPECT_TRUE(warned);
 }
 
