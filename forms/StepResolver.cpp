@@ -126,6 +126,14 @@ CURLParser CStepResolver::LinkUrl(const CContextTree& node, const CHTMLLink& lin
 
 unsigned int CStepResolver::PlaceFrames(CContextTree& node, const MString& baseName,
                                         const PageLoader& loader, unsigned int maxDepth) {
+    FramePageLoader byName;
+    if (loader)
+        byName = [&loader](CContextTree&, const MString& snapshot) { return loader(snapshot); };
+    return PlaceFrames(node, baseName, byName, maxDepth);
+}
+
+unsigned int CStepResolver::PlaceFrames(CContextTree& node, const MString& baseName,
+                                        const FramePageLoader& loader, unsigned int maxDepth) {
     CHTMLVParser* page = node.GetTree();
     if (page == nullptr || maxDepth == 0)
         return 0;
@@ -151,7 +159,7 @@ unsigned int CStepResolver::PlaceFrames(CContextTree& node, const MString& baseN
         const MString snapshot =
             placedChild->ComputeSnapshotFileName("", "text/html", baseName, true);
         if (loader) {
-            if (CHTMLVParser* framePage = loader(snapshot)) {
+            if (CHTMLVParser* framePage = loader(*placedChild, snapshot)) {
                 placedChild->SetTree(framePage);
                 placed += PlaceFrames(*placedChild, baseName, loader, maxDepth - 1);
             }

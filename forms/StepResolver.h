@@ -52,6 +52,8 @@ public:
     /// example "t4f0.html"); returns a new page the tree will own, or null
     /// when there is no such snapshot.
     using PageLoader = std::function<CHTMLVParser*(const MString& snapshotName)>;
+    using FramePageLoader =
+        std::function<CHTMLVParser*(CContextTree& frame, const MString& snapshotName)>;
 
     /**
      * The absolute URL of a link of a document: its URL relative to the
@@ -71,6 +73,10 @@ public:
      */
     static unsigned int PlaceFrames(CContextTree& node, const MString& baseName,
                                     const PageLoader& loader, unsigned int maxDepth = 8);
+    /// The same with a loader that is also handed the frame's node (its URL
+    /// and name are set), for callers that fetch the frame from its URL.
+    static unsigned int PlaceFrames(CContextTree& node, const MString& baseName,
+                                    const FramePageLoader& loader, unsigned int maxDepth = 8);
 
     /// The child frame (at any depth) whose frame name equals name,
     /// case-insensitively; null when there is none.
