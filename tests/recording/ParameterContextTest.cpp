@@ -27,8 +27,7 @@ protected:
     std::string Sees(unsigned user, unsigned iteration, const std::string& text,
                      std::uint64_t seed = 1) {
         CParameterContext context(m_set, user, seed);
-        for (unsigned i = 1; i <= iteration; ++i)
-            context.BeginIteration(i);
+        context.BeginIteration(iteration);
         return context.Substitute(text);
     }
     static std::string Table(const std::string& name, const std::string& extra) {
@@ -426,6 +425,24 @@ TEST_F(ParameterContextTest, SameUserNumberTwiceIsReported) {
     CParameterContext other(m_set, 3, 1);
     other.Substitute("{Card}");
     EXPECT_TRUE(other.Messages().empty());
+}
+
+TEST_F(ParameterContextTest, ExtremeNumbersNeitherCrashNorOverflow) {
+    Load(Table("Far", "StartRow=9223372036854775807\n") +
+         Table("Wide", "SelectNextRow=Unique\nauto_allocate_block_size=9223372036854775807\n") +
+         "[parameter:Big]\nType=Unique\nStartValue=9223372036854775807\n"
+         "BlockSize=9223372036854775807\n"
+         "[parameter:Late]\nType=Time\nOffset=9223372036854775807\n"
+         "[parameter:Huge]\nType=Table\nTable=cards.dat\nStartRow=99999999999999999999999\n");
+    EXPECT_EQ(m_messages.size(), 1u);      // the StartRow beyond a whole number
+    EXPECT_EQ(Sees(1, 1, "{Far}"), "c7");  // (2^63 - 2) mod 10 = 6: the 7th row
+    // No rows of its own: row ((u-1)*B + n) mod 10 = (9*7 + 1) mod 10 = 4.
+    EXPECT_EQ(Sees(4000000000u, 2, "{Wide}"), "c5");
+    EXPECT_FALSE(Sees(4000000000u, 1, "{Big}").empty());
+    CParameterContext context(m_set, 1, 1);
+    context.SetClock([] { return std::time_t(1709211909); }, true);
+    EXPECT_EQ(context.Substitute("{Late}"), "{Late}");
+    EXPECT_EQ(Sees(1, 4000000000u, "{Huge}"), "c10");
 }
 
 TEST_F(ParameterContextTest, ThreadsWithUniqueRowsNeverShareARow) {
