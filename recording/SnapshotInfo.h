@@ -44,8 +44,9 @@ struct WEBSTEP_API SnapshotPage {
     SnapshotFileRef file;
     std::string url;
     /// The frame's place: {0, 1} is the second frame of the top document,
-    /// {0, 1, 0} the first frame inside it. Empty for the document, for
-    /// resources and for a frame whose place is not known.
+    /// {0, 1, 0} the first frame inside it. Empty for the document and for
+    /// a frame whose place is not known; for a resource, the frame it
+    /// belongs to when its FrameIndexK says so.
     std::vector<unsigned> frameIndex;
     /// The place was taken from the file name (tNf1f0.htm), not from a
     /// FrameIndexK key.

@@ -249,10 +249,11 @@ TEST(SnapshotInfo, ResourcesAreUnderscoreNamesAndFilesThatAreNotPages) {
     for (const char* name :
          {"t6.htm", "t6_search.html", "t6f2_logo.gif", "t6_style.css", "other.js", "t6f0.HTM"})
         dir.Write(name, "x");
-    dir.Write("t6.inf",
-              "[t6]\nFileName1=t6.htm\nFileName2=t6_search.html\n"
-              "FileName3=t6f2_logo.gif\nFileName4=t6_style.css\nFileName5=other.js\n"
-              "FileName6=t6f0.HTM\nTotal=6\n");
+    dir.Write(
+        "t6.inf",
+        "[t6]\nFileName1=t6.htm\nFileName2=t6_search.html\n"
+        "FileName3=t6f2_logo.gif\nFrameIndex3=0.2\nFileName4=t6_style.css\nFileName5=other.js\n"
+        "FileName6=t6f0.HTM\nTotal=6\n");
     CSnapshotInfo info;
     FolderMessages messages;
     info.ReadFile(dir.File("t6.inf"), messages);
@@ -261,6 +262,9 @@ TEST(SnapshotInfo, ResourcesAreUnderscoreNamesAndFilesThatAreNotPages) {
     ASSERT_EQ(resources.size(), 4u);
     EXPECT_EQ(resources[0]->file.name, "t6_search.html");
     EXPECT_EQ(resources[1]->file.name, "t6f2_logo.gif");
+    // A resource keeps the frame it belongs to.
+    EXPECT_EQ(resources[1]->frameIndex, (Index{0, 2}));
+    EXPECT_TRUE(resources[0]->frameIndex.empty());
     EXPECT_EQ(resources[2]->file.name, "t6_style.css");
     EXPECT_EQ(resources[3]->file.name, "other.js");
     ASSERT_EQ(info.Frames().size(), 1u);
