@@ -104,7 +104,8 @@ TransactionRecord::Status StatusOf(const std::string& text, bool& automatic) {
 
 // The bytes a body part of a custom request sends: binary parts decoded from
 // their escapes; Unicode parts as UTF-16LE of their UTF-8 text.
-std::string WireBytes(const CWebStepCustomRequest::tag_BodyAndEncoding& part, const std::string& folder) {
+std::string WireBytes(const CWebStepCustomRequest::tag_BodyAndEncoding& part,
+                      const std::string& folder) {
     switch (part.encoding) {
         case CWebStepCustomRequest::BODY_BINARY: {
             char* bytes = nullptr;
@@ -163,11 +164,48 @@ std::string RandomBoundary(std::mt19937_64& random) {
     return boundary;
 }
 
+// The href values of the style sheets a page links (<link rel="stylesheet">):
+// the page model keeps a link element's URL but not its rel attribute.
+std::set<std::string> StyleSheets(const std::string& body) {
+    std::set<std::string> hrefs;
+    const std::string lower = Lower(body);
+    for (std::size_t at = lower.find("<link"); at != std::string::npos;
+         at = lower.find("<link", at + 5)) {
+        const std::size_t end = lower.find('>', at);
+        if (end == std::string::npos)
+            break;
+        const std::string tag = lower.substr(at, end - at);
+        if (tag.find("stylesheet") == std::string::npos)
+            continue;
+        std::size_t href = tag.find("href");
+        while (href != std::string::npos) {
+            std::size_t i = href + 4;
+            while (i < tag.size() && (tag[i] == ' ' || tag[i] == '\t' || tag[i] == '\n'))
+                ++i;
+            if (i < tag.size() && tag[i] == '=') {
+                ++i;
+                while (i < tag.size() && (tag[i] == ' ' || tag[i] == '\t' || tag[i] == '\n'))
+                    ++i;
+                const char quote = i < tag.size() && (tag[i] == '"' || tag[i] == '\'') ? tag[i] : 0;
+                if (quote != 0)
+                    ++i;
+                std::size_t stop = quote != 0 ? tag.find(quote, i) : tag.find_first_of(" \t\n", i);
+                if (stop == std::string::npos)
+                    stop = tag.size();
+                // The original bytes (the lower-case copy has the same offsets).
+                hrefs.insert(body.substr(at + i, stop - i));
+                break;
+            }
+            href = tag.find("href", href + 4);
+        }
+    }
+    return hrefs;
+}
+
 // A resource a browser fetches to show a page: images, scripts, style
 // sheets, input images, backgrounds, embedded objects. (The page model's tag
 // table has no object element, so "object data" is not among them.)
-bool IsPageResource(const CHTMLLink& link) {
-    const CHTMLObject* object = link.getObject();
+bool IsPageResource(const CHTMLLink& link, const std::set<std::string>& styleSheets) {
     const char* attr = link.urlAttrName() != nullptr ? link.urlAttrName() : "";
     switch (link.tag()) {
         case HTML_IMG:
@@ -178,16 +216,12 @@ bool IsPageResource(const CHTMLLink& link) {
         case HTML_TABLE:
         case HTML_TD:
             return strcasecmp(attr, "background") == 0;
-        case HTML_INPUT: {
-            const char* type = object != nullptr ? object->attr("type") : nullptr;
-            return strcasecmp(attr, "src") == 0 && type != nullptr &&
-                   strcasecmp(type, "image") == 0;
-        }
-        case HTML_LINK: {
-            const char* rel = object != nullptr ? object->attr("rel") : nullptr;
-            return strcasecmp(attr, "href") == 0 && rel != nullptr &&
-                   Lower(rel).find("stylesheet") != std::string::npos;
-        }
+        case HTML_INPUT:
+            // Only an image input has a source.
+            return strcasecmp(attr, "src") == 0;
+        case HTML_LINK:
+            return strcasecmp(attr, "href") == 0 && link.url() != nullptr &&
+                   styleSheets.count(link.url()) != 0;
         default:
             return false;
     }
@@ -210,6 +244,8 @@ struct CVirtualUser::StepState {
     std::vector<StepResponse> seen;
     std::set<std::string> fetched;
     std::string snapshot;
+    // The bytes of each document loaded, for what the page model leaves out.
+    std::map<const CContextTree*, std::string> bodies;
 
     void Keep(const HttpRequest& request, const HttpResponse& response, bool resource,
               bool redirect, const std::string& frame) {
@@ -671,6 +707,7 @@ void CVirtualUser::LoadDocument(const std::string& url, const HttpResponse& resp
                                 StepState& state, StepRecord& record, CContextTree* into) {
     CURLParser address(url.c_str());
     CContextPage* page = CContextPage::Scan(response.body);
+    state.bodies[into != nullptr ? into : nullptr] = response.body;
     if (into != nullptr) {
         into->SetUrl(address);
         into->RemoveTree();
@@ -682,6 +719,7 @@ void CVirtualUser::LoadDocument(const std::string& url, const HttpResponse& resp
         m_page->SetUrl(address);
         m_page->SetTree(page);
         m_page->UpdateRelFrameId(nullptr);
+        state.bodies[m_page.get()] = std::move(state.bodies[nullptr]);
     }
     record.page = url;
 }
@@ -714,6 +752,7 @@ void CVirtualUser::FetchPageParts(CContextTree& node, StepState& state, StepReco
             }
             if (finalUrl != url)
                 frame.SetUrl(CURLParser(finalUrl.c_str()));
+            state.bodies[&frame] = response.body;
             return CContextPage::Scan(response.body);
         },
         1);
@@ -725,10 +764,11 @@ void CVirtualUser::FetchPageParts(CContextTree& node, StepState& state, StepReco
 
     // Then the resources the page names, each URL once per step.
     CHTMLVParser* page = node.GetTree();
+    const std::set<std::string> styleSheets = StyleSheets(state.bodies[&node]);
     const int count = page->nLinks();
     for (int i = 0; i < count; ++i) {
         const CHTMLLink* link = page->link(i);
-        if (link == nullptr || !IsPageResource(*link))
+        if (link == nullptr || !IsPageResource(*link, styleSheets))
             continue;
         const CURLParser url = CStepResolver::LinkUrl(node, *link);
         if (!url.IsValid() || !url.IsWellKnownScheme())
