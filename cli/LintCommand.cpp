@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,9 @@ struct LintOptions {
 
 // One reported problem. Severity "error" is a step the parser refused;
 // "warning" is a reader diagnostic or an unknown web_ function; "note" says
-// that an argument was not a literal and went to the parser as source text.
+// that an argument was not a literal and went to the parser as source text,
+// or that a refusal comes from such an argument ("run-time-value": the value
+// that counts exists only at run time).
 struct Finding {
     std::string file;
     unsigned int line = 0;
@@ -96,6 +99,95 @@ bool IsSectionKeyword(const MString& text) {
     return false;
 }
 
+// An argument that is not a literal and whose value only the run time knows.
+// Excepted are macros, whose value is fixed and which scripts write as bare
+// names: the section keywords of the extended set and the HTTP_INFO_ property
+// names of web_get_int_property.
+bool IsCheckableOpaque(const ScriptCall& call, size_t i, const CStepRunner& runner) {
+    const ScriptArgument& argument = call.arguments[i];
+    if (!argument.IsOpaque())
+        return false;
+    if (runner.IsExtended() && CStepRunner::IsExtendedFunction(call.function) &&
+        IsSectionKeyword(argument.value))
+        return false;
+    if (call.function == "web_get_int_property" && argument.value.rfind("HTTP_INFO_", 0) == 0 &&
+        argument.value.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_") == MString::npos)
+        return false;
+    return true;
+}
+
+// Whether a refusal may be caused by an argument that is not a literal. Its
+// source text reached the parser in place of a value only known at run time,
+// so the refusal need not be the step's. Decided in this order:
+// 1. the error points at such an argument (its "argument" detail, or a
+//    "text" detail that holds the argument's source text): the parser
+//    refused the source text. The step is parsed again without those
+//    arguments, so that a literal refused behind them still shows (rule 3);
+//    otherwise run time.
+// 2. the error points at a literal argument: that literal was refused, an
+//    error.
+// 3. the step is parsed again without those arguments (the first one, the
+//    step name or a fixed argument, is kept): accepted, or refused for a
+//    missing attribute (1000) or argument (1008) that the run-time value may
+//    well supply: run time. Refused otherwise: an error on the literals alone,
+//    reported as that parse gives it (its argument index mapped back).
+struct RunTimeVerdict {
+    bool runTime = false;
+    std::optional<ParsedStep> literalRefusal;  // set when rule 3 found one
+};
+
+RunTimeVerdict JudgeRefusal(const ScriptCall& call, ParsedStep& parsed, CStepRunner& runner) {
+    RunTimeVerdict verdict;
+    std::vector<size_t> kept;  // indices of the call's arguments in the re-parse
+    bool anyOpaque = false;
+    for (size_t i = 0; i < call.arguments.size(); ++i) {
+        if (i != 0 && IsCheckableOpaque(call, i, runner))
+            anyOpaque = true;
+        else
+            kept.push_back(i);
+    }
+    const bool nameOpaque = !call.arguments.empty() && IsCheckableOpaque(call, 0, runner);
+    if (!anyOpaque && !nameOpaque)
+        return verdict;
+    const int index = ErrorArgumentIndex(parsed);
+    bool pointsAtOpaque = false;
+    for (size_t i = 0; i < call.arguments.size(); ++i) {
+        if (!IsCheckableOpaque(call, i, runner))
+            continue;
+        if (index >= 0 && static_cast<size_t>(index) == i)
+            pointsAtOpaque = true;
+        const MString& source = call.arguments[i].value;
+        for (const auto& [name, value] : parsed.errorAttributes)
+            if (name == "text" && !source.empty() && value.find(source) != MString::npos)
+                pointsAtOpaque = true;
+    }
+    if (!pointsAtOpaque && index >= 0 && static_cast<size_t>(index) < call.arguments.size())
+        return verdict;
+    if (!anyOpaque) {
+        // Only the first argument is not a literal and the error points at it.
+        verdict.runTime = pointsAtOpaque;
+        return verdict;
+    }
+    ScriptCall literalsOnly = call;
+    literalsOnly.arguments.clear();
+    for (size_t i : kept)
+        literalsOnly.arguments.push_back(call.arguments[i]);
+    ParsedStep again = runner.Parse(literalsOnly);
+    if (again.ok || again.errorCode == WSE_MISSING_ATTRIBUTE ||
+        again.errorCode == WSE_MISSING_ARGUMENT) {
+        verdict.runTime = true;
+        return verdict;
+    }
+    // Refused on the literals alone: point at the call's own argument.
+    for (auto& [name, value] : again.errorAttributes) {
+        const int at = name == "argument" ? ErrorArgumentIndex(again) : -1;
+        if (at >= 0 && static_cast<size_t>(at) < kept.size())
+            value = std::to_string(kept[static_cast<size_t>(at)] + 1);
+    }
+    verdict.literalRefusal = std::move(again);
+    return verdict;
+}
+
 void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& runner, bool english,
                std::vector<Finding>& findings, size_t& calls) {
     if (call.kind == EScriptCallKind::UnknownFunction) {
@@ -139,12 +231,7 @@ void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& run
                                 "",
                                 call.function,
                                 {{"text", argument.value}}});
-        if (!argument.IsOpaque())
-            continue;
-        // The section keywords of the extended set are macros: bare names
-        // are how scripts write them, not a value to look at.
-        if (runner.IsExtended() && CStepRunner::IsExtendedFunction(call.function) &&
-            IsSectionKeyword(argument.value))
+        if (!IsCheckableOpaque(call, i, runner))
             continue;
         findings.push_back(
             {file,
@@ -173,6 +260,9 @@ void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& run
     }
     if (parsed.ok)
         return;
+    RunTimeVerdict verdict = JudgeRefusal(call, parsed, runner);
+    if (verdict.literalRefusal)
+        parsed = std::move(*verdict.literalRefusal);
     Finding finding{file,
                     call.line,
                     call.column,
@@ -186,6 +276,16 @@ void CheckCall(const std::string& file, const ScriptCall& call, CStepRunner& run
         const char* utf8 =
             resources::FindStringUtf8(CWebStepErrMsg::GetMessageStringID(parsed.errorCode));
         finding.jsonMessage = utf8 ? utf8 : "unknown error code";
+    }
+    if (verdict.runTime) {
+        // Reported, but as what it is: the parser's word on a source text.
+        static const std::string prefix = "cannot be checked before run time: ";
+        finding.severity = "note";
+        finding.labels.emplace_back("error", finding.code);
+        finding.code = "run-time-value";
+        finding.message = prefix + finding.message;
+        if (!finding.jsonMessage.empty())
+            finding.jsonMessage = prefix + finding.jsonMessage;
     }
     // Point at the offending argument when the error names it.
     const int index = ErrorArgumentIndex(parsed);

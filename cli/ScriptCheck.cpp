@@ -171,8 +171,11 @@ ParsedStep CStepRunner::Parse(const ScriptCall& call) {
     args.reserve(call.arguments.size());
     for (const ScriptArgument& argument : call.arguments)
         args.push_back(argument.value.c_str());
-    result.ok = parser->ParseArguments(static_cast<unsigned int>(args.size()), args.data(),
-                                       WPF_CREATE_STEP);
+    // The extended mode also takes the longer value tables of current script
+    // versions (web_get_int_property's total request and response sizes).
+    const WebParserFlags flags =
+        m_Extended ? WPF_CREATE_STEP | WPF_EXTENDED_VALUES : WPF_CREATE_STEP;
+    result.ok = parser->ParseArguments(static_cast<unsigned int>(args.size()), args.data(), flags);
     // The step belongs to whoever takes it; a failed parse may have left one.
     std::unique_ptr<CWebStepData> step(parser->GetDataStep());
     parser->SetDataStep(nullptr);

@@ -405,10 +405,14 @@ void ServiceStepFields(const CWebStepData& step, OrderedJson& out) {
         out["header"] = JsonText(saveHeader->GetHeader());
     }
     if (const auto* property = As<CWebStepGetIntProperty>(step)) {
-        static const char* const types[] = {"none", "HTTP_INFO_RETURN_CODE",
-                                            "HTTP_INFO_DOWNLOAD_SIZE", "HTTP_INFO_DOWNLOAD_TIME"};
+        static const char* const types[] = {"none",
+                                            "HTTP_INFO_RETURN_CODE",
+                                            "HTTP_INFO_DOWNLOAD_SIZE",
+                                            "HTTP_INFO_DOWNLOAD_TIME",
+                                            "HTTP_INFO_TOTAL_REQUEST_STAT",
+                                            "HTTP_INFO_TOTAL_RESPONSE_STAT"};
         const unsigned int type = property->GetHttpInfoType();
-        out["http_info_type"] = type < 4 ? types[type] : "unknown";
+        out["http_info_type"] = type < 6 ? types[type] : "unknown";
     }
     if (const auto* pause = As<CWebStepGlobalVerificationPauseResumeBase>(step))
         out["ids"] = TextList(pause->GetIDs());

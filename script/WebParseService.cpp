@@ -510,13 +510,28 @@ if (step)
 return true;
 }
 
+namespace {
+// The table of three and the two properties current script versions add: the
+// request's and the response's header-plus-body sizes, which the run time
+// answers.
+const CWebStepScript::AttrTableEntry kHttpInfoTypeExtended[] = {
+    {"HTTP_INFO_RETURN_CODE", CWebStepGetIntProperty::HTTP_INFO_RETURN_CODE},
+    {"HTTP_INFO_DOWNLOAD_SIZE", CWebStepGetIntProperty::HTTP_INFO_DOWNLOAD_SIZE},
+    {"HTTP_INFO_DOWNLOAD_TIME", CWebStepGetIntProperty::HTTP_INFO_DOWNLOAD_TIME},
+    {"HTTP_INFO_TOTAL_REQUEST_STAT", CWebStepGetIntProperty::HTTP_INFO_TOTAL_REQUEST_STAT},
+    {"HTTP_INFO_TOTAL_RESPONSE_STAT", CWebStepGetIntProperty::HTTP_INFO_TOTAL_RESPONSE_STAT},
+    {nullptr, 0}};
+}  // namespace
+
 // The property is written as a bare identifier (HTTP_INFO_RETURN_CODE); its
-// text is checked against the table in any letter case. The error names the
-// attribute "HttpInfoType".
+// text is checked against the table in any letter case, the longer table with
+// WPF_EXTENDED_VALUES. The error names the attribute "HttpInfoType".
 WEBSTEP_BEGIN_FIXED(CWebParseGetIntProperty, CWebStepGetIntProperty, CR_FIXED, 1)
 const MString kind = Text(GetNextArgument());
 int type = CWebStepGetIntProperty::HTTP_INFO_NONE;
-if (!ValidateAttribute("HttpInfoType", kind, m_valuesHttpInfoType, false, &type))
+const AttrTableEntry* table =
+    (GetFlags() & WPF_EXTENDED_VALUES) != 0 ? kHttpInfoTypeExtended : m_valuesHttpInfoType;
+if (!ValidateAttribute("HttpInfoType", kind, table, false, &type))
     return false;
 WEBSTEP_CREATE_STEP();
 if (step)

@@ -31,6 +31,10 @@ enum WebParserFlags : uint32_t {
     WPF_NO_STEP_NAME = 2,
     /// Each fetched argument is duplicated into storage the parser owns.
     WPF_COPY_ARGUMENTS = 4,
+    /// Value tables of current script versions beyond the grammar's: for
+    /// web_get_int_property also HTTP_INFO_TOTAL_REQUEST_STAT and
+    /// HTTP_INFO_TOTAL_RESPONSE_STAT.
+    WPF_EXTENDED_VALUES = 8,
 };
 
 inline WebParserFlags operator|(WebParserFlags a, WebParserFlags b) {

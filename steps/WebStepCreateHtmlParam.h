@@ -126,6 +126,10 @@ public:
         HTTP_INFO_RETURN_CODE = 1,
         HTTP_INFO_DOWNLOAD_SIZE = 2,
         HTTP_INFO_DOWNLOAD_TIME = 3,
+        /// Header-plus-body size of the request (current script versions).
+        HTTP_INFO_TOTAL_REQUEST_STAT = 4,
+        /// Header-plus-body size of the response (current script versions).
+        HTTP_INFO_TOTAL_RESPONSE_STAT = 5,
     };
 
     CWebStepGetIntProperty();

@@ -396,6 +396,32 @@ TEST(ServiceParse, SocketsOptionAndSjisParamAreKeptAsWritten) {
     EXPECT_EQ(s.As<CWebStepSjisToEucParam>()->GetParamValue(), "\x82\xa0");
 }
 
+TEST(ServiceParse, IntPropertyTotalSizesNeedTheExtendedValueTables) {
+    for (const char* kind : {"HTTP_INFO_TOTAL_REQUEST_STAT", "HTTP_INFO_TOTAL_RESPONSE_STAT"}) {
+        SCOPED_TRACE(kind);
+        EXPECT_EQ(ParseCall("web_get_int_property", {kind}).error,
+                  std::string("1003|attribute=HttpInfoType|text=") + kind);
+    }
+    ParseOutcome request = ParseCall("web_get_int_property", {"HTTP_INFO_TOTAL_REQUEST_STAT"},
+                                     WPF_CREATE_STEP | WPF_EXTENDED_VALUES);
+    ASSERT_TRUE(request.ok) << request.error;
+    EXPECT_EQ(request.As<CWebStepGetIntProperty>()->GetHttpInfoType(),
+              CWebStepGetIntProperty::HTTP_INFO_TOTAL_REQUEST_STAT);
+    ParseOutcome response = ParseCall("web_get_int_property", {"http_info_total_response_stat"},
+                                      WPF_CREATE_STEP | WPF_EXTENDED_VALUES);
+    ASSERT_TRUE(response.ok) << response.error;
+    EXPECT_EQ(response.As<CWebStepGetIntProperty>()->GetHttpInfoType(),
+              CWebStepGetIntProperty::HTTP_INFO_TOTAL_RESPONSE_STAT);
+    // The table of three is still in the longer one; other names stay refused.
+    EXPECT_TRUE(ParseCall("web_get_int_property", {"HTTP_INFO_RETURN_CODE"},
+                          WPF_CREATE_STEP | WPF_EXTENDED_VALUES)
+                    .ok);
+    EXPECT_EQ(ParseCall("web_get_int_property", {"HTTP_INFO_TOTAL_STAT"},
+                        WPF_CREATE_STEP | WPF_EXTENDED_VALUES)
+                  .error,
+              "1003|attribute=HttpInfoType|text=HTTP_INFO_TOTAL_STAT");
+}
+
 TEST(ServiceParse, IntPropertyAndSaveHeaderReadTheirTables) {
     ParseOutcome p = ParseCall("web_get_int_property", {"http_info_download_time"});
     ASSERT_TRUE(p.ok);
