@@ -581,6 +581,12 @@ bool CJsonPathQuery::Evaluate(std::string_view text, std::vector<std::string>& v
                 std::to_string(kMaxText) + " bytes a JSON query reads";
         return false;
     }
+    // No JSON text holds a raw NUL byte; the parser would stop at one and
+    // take what came before for the whole document.
+    if (const std::size_t nul = text.find('\0'); nul != std::string_view::npos) {
+        error = "not JSON: a NUL byte at offset " + std::to_string(nul);
+        return false;
+    }
     if (NestingDepth(text, kMaxDepth) > kMaxDepth) {
         error = "JSON nested deeper than " + std::to_string(kMaxDepth) + " levels";
         return false;
