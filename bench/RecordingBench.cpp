@@ -1,10 +1,16 @@
 // Reading the recording of a script folder: a data/ directory of 500 steps
 // with 50 MB of snapshot XML, made once in a temporary directory. Times the
 // index, the descriptions and the primary request of every step (what
-// planning with --compare needs), and the full read of every exchange.
+// planning with --compare needs), and the full read of every exchange; and
+// the whole job as a user runs it: "webstep inspect --compare" on the folder
+// (its description, action file and recording), with the tool's peak memory.
 #include <benchmark/benchmark.h>
+#include <fcntl.h>
 #include <malloc.h>
+#include <spawn.h>
 #include <stdlib.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -93,6 +99,7 @@ std::string Task(int id, const std::string& origin, const std::string& url,
 
 struct Folder {
     std::string dataDir;
+    std::size_t largestPage = 0;
     std::size_t xmlBytes = 0;
     std::size_t largestXml = 0;
 };
@@ -113,6 +120,8 @@ Folder MakeFolder() {
     folder.dataDir = pattern + "/data";
     fs::create_directories(folder.dataDir);
     const std::size_t average = kTargetXmlBytes / kSteps;
+    // The script: one navigation step per snapshot, as the recording sent it.
+    std::string action = "Action()\n{\n";
     for (int step = 1; step <= kSteps; ++step) {
         // Every 50th step has a page ten times the usual size; the resources
         // and headers take about 15 kB of each file, base64 a third more.
@@ -132,6 +141,16 @@ Folder MakeFolder() {
         }
         xml += "</HTTPSnapshot>\n";
         const std::string name = "t" + std::to_string(step);
+        folder.largestPage = std::max(folder.largestPage, pageSize);
+        if (post)
+            action += "\tweb_submit_data(\"s" + std::to_string(step) + "\", \"Action=" + url +
+                      "\", \"Method=POST\", \"Snapshot=" + name +
+                      ".inf\", ITEMDATA, \"Name=title\", \"Value=garden\", ENDITEM, "
+                      "\"Name=author\", \"Value=\", ENDITEM, \"Name=isbn\", \"Value=" +
+                      std::to_string(step) + "\", ENDITEM, LAST);\n";
+        else
+            action += "\tweb_url(\"s" + std::to_string(step) + "\", \"URL=" + url +
+                      "\", \"Snapshot=" + name + ".inf\", \"Mode=HTML\", LAST);\n";
         WriteFile(folder.dataDir + "/snapshot_" + std::to_string(step) + ".xml", xml);
         WriteFile(folder.dataDir + "/" + name + ".htm", Page(step, 2000));
         WriteFile(folder.dataDir + "/" + name + ".inf",
@@ -142,6 +161,13 @@ Folder MakeFolder() {
         folder.xmlBytes += xml.size();
         folder.largestXml = std::max(folder.largestXml, xml.size());
     }
+    WriteFile(pattern + "/Action.c", action + "\treturn 0;\n}\n");
+    WriteFile(pattern + "/bench.usr",
+              "[General]\r\nDefaultCfg=default.cfg\r\n[Actions]\r\nvuser_init=vuser_init.c\r\n"
+              "Action=Action.c\r\nvuser_end=vuser_end.c\r\n");
+    WriteFile(pattern + "/vuser_init.c", "vuser_init()\n{\n\treturn 0;\n}\n");
+    WriteFile(pattern + "/vuser_end.c", "vuser_end()\n{\n\treturn 0;\n}\n");
+    WriteFile(pattern + "/default.cfg", "[WEB]\r\nHttpVer=1.1\r\n");
     return folder;
 }
 
@@ -257,5 +283,67 @@ void BM_RecordingFullRead(benchmark::State& state) {
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * folder.xmlBytes));
 }
 BENCHMARK(BM_RecordingFullRead)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Runs the tool on a folder; its peak resident memory in bytes, or 0 when it
+// could not run or failed.
+std::size_t RunInspect(const std::string& folder, bool& same) {
+    const char* argv[] = {WEBSTEP_CLI_PATH, "inspect",      "--compare",
+                          "--json",         folder.c_str(), nullptr};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    const int spawned =
+        posix_spawn(&pid, argv[0], &actions, nullptr, const_cast<char* const*>(argv), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0)
+        return 0;
+    int status = 0;
+    struct rusage usage {};
+    if (wait4(pid, &status, 0, &usage) != pid || !WIFEXITED(status))
+        return 0;
+    same = WEXITSTATUS(status) == 0;
+    return static_cast<std::size_t>(usage.ru_maxrss) * 1024;
+}
+
+// The whole job: "webstep inspect --compare" over 500 steps and 54 MB of
+// snapshot XML. Peak memory is the tool's, less what it takes on an empty
+// folder (the fixed base of the program and its libraries).
+void BM_InspectCompareFolder(benchmark::State& state) {
+    static Cleanup cleanup;
+    const Folder& folder = TheFolder();
+    if (folder.dataDir.empty()) {
+        state.SkipWithError("cannot make the folder");
+        return;
+    }
+    const std::string dir = fs::path(folder.dataDir).parent_path().string();
+    std::string empty = (fs::temp_directory_path() / "webstep-recbench-empty-XXXXXX").string();
+    if (!mkdtemp(empty.data())) {
+        state.SkipWithError("cannot make an empty folder");
+        return;
+    }
+    bool ignored = false;
+    const std::size_t base = RunInspect(empty, ignored);
+    fs::remove_all(empty);
+    std::size_t peak = 0;
+    bool same = true;
+    for (auto _ : state) {
+        bool exact = false;
+        peak = std::max(peak, RunInspect(dir, exact));
+        same = same && exact;
+    }
+    if (!same) {
+        state.SkipWithError("inspect --compare did not plan every request as recorded");
+        return;
+    }
+    state.counters["steps"] = kSteps;
+    state.counters["xml_MB"] = static_cast<double>(folder.xmlBytes) / 1e6;
+    state.counters["peak_rss_MB"] = static_cast<double>(peak) / 1e6;
+    state.counters["base_rss_MB"] = static_cast<double>(base) / 1e6;
+    state.counters["beyond_base_MB"] = static_cast<double>(peak - std::min(peak, base)) / 1e6;
+    state.counters["largest_page_MB"] = static_cast<double>(folder.largestPage) / 1e6;
+}
+BENCHMARK(BM_InspectCompareFolder)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 }  // namespace
