@@ -135,61 +135,17 @@ void CollectActionFiles(const std::vector<std::string>& paths, std::vector<std::
     }
 }
 
-CStepRunner::CStepRunner(bool extended) : m_Extended(extended) {
-    CWebStepParse::UpdateRepository(m_Repository);
-    for (const MString& name : CScriptReader::GetStepFunctionNames())
-        m_Names.insert(name);
-    if (extended) {
-        CWebStepParse::UpdateRepositoryExtended(m_Repository);
-        for (const char* const* name = CWebStepParse::GetExtendedFunctionNames(); *name; ++name)
-            m_Names.insert(*name);
-    }
-}
-
-bool CStepRunner::IsExtendedFunction(const MString& function) {
-    for (const char* const* name = CWebStepParse::GetExtendedFunctionNames(); *name; ++name)
-        if (function == *name)
-            return true;
-    return false;
-}
-
 CScriptReader CStepRunner::MakeReader() const {
-    const std::set<MString>* names = &m_Names;
-    return CScriptReader([names](const MString& name) { return names->count(name) != 0; });
+    const CStepParser* parser = &m_Parser;
+    return CScriptReader([parser](const MString& name) { return parser->IsKnown(name); });
 }
 
 ParsedStep CStepRunner::Parse(const ScriptCall& call) {
-    ParsedStep result;
-    // The factories hand out the concrete parser, whose first and only base
-    // is CWebStepParse.
-    std::unique_ptr<CWebStepParse> parser(
-        static_cast<CWebStepParse*>(m_Repository.CreateObject(call.function.c_str())));
-    if (!parser)
-        return result;
-    result.known = true;
     std::vector<const char*> args;
     args.reserve(call.arguments.size());
     for (const ScriptArgument& argument : call.arguments)
         args.push_back(argument.value.c_str());
-    // The extended mode also takes the longer value tables of current script
-    // versions (web_get_int_property's total request and response sizes).
-    const WebParserFlags flags =
-        m_Extended ? WPF_CREATE_STEP | WPF_EXTENDED_VALUES : WPF_CREATE_STEP;
-    result.ok = parser->ParseArguments(static_cast<unsigned int>(args.size()), args.data(), flags);
-    // The step belongs to whoever takes it; a failed parse may have left one.
-    std::unique_ptr<CWebStepData> step(parser->GetDataStep());
-    parser->SetDataStep(nullptr);
-    if (result.ok) {
-        result.step = std::move(step);
-        return result;
-    }
-    const CWebStepError& error = parser->GetLastErrorInfo();
-    result.errorCode = error.GetCode();
-    CPropertyBagIterator it(error.GetAttributes());
-    MString name, value;
-    for (bool more = it.GetFirst(name, value); more; more = it.GetNext(name, value))
-        result.errorAttributes.emplace_back(name, value);
-    return result;
+    return m_Parser.Parse(call.function, args);
 }
 
 int ErrorArgumentIndex(const ParsedStep& parsed) {

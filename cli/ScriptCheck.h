@@ -10,7 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "webstep/script/ObjectRepository.h"
+#include "webstep/replay/StepParser.h"
 #include "webstep/script/ScriptReader.h"
 #include "webstep/steps/WebStepData.h"
 
@@ -24,42 +24,34 @@ using OrderedJson = nlohmann::ordered_json;
 void CollectActionFiles(const std::vector<std::string>& paths, std::vector<std::string>& files,
                         std::vector<std::string>& problems);
 
-// The outcome of one step call handed to its parser.
-struct ParsedStep {
-    bool known = false;  // the repository has a parser for the function
-    bool ok = false;
-    unsigned int errorCode = 0;
-    std::vector<std::pair<MString, MString>> errorAttributes;  // in recording order
-    std::unique_ptr<CWebStepData> step;                        // on success
-};
-
-// Parses step calls as the tool's programs do: the repository is filled once,
-// each call gets a fresh parser and its arguments in array mode with the
-// step-creation flag (the first argument being the step name). By default the
-// repository holds the 49 step functions of the script grammar and the
-// extended set that current script versions call; spec-only keeps the 49.
+// Parses step calls as the tool's programs do, through the library's step
+// parser (the repository filled once, a fresh parser per call, the arguments
+// in array mode with the step-creation flag), and makes script readers that
+// know the repository's functions. By default the repository holds the 49
+// step functions of the script grammar and the extended set that current
+// script versions call; spec-only keeps the 49.
 class CStepRunner {
 public:
-    explicit CStepRunner(bool extended = true);
+    explicit CStepRunner(bool extended = true) : m_Parser(extended) {}
     // Readers made by MakeReader point at the runner: it stays in place.
     CStepRunner(const CStepRunner&) = delete;
     CStepRunner& operator=(const CStepRunner&) = delete;
     ParsedStep Parse(const ScriptCall& call);
 
-    bool IsExtended() const { return m_Extended; }
+    bool IsExtended() const { return m_Parser.IsExtended(); }
     // Whether the repository has a parser for the function.
-    bool IsKnown(const MString& function) const { return m_Names.count(function) != 0; }
+    bool IsKnown(const MString& function) const { return m_Parser.IsKnown(function); }
     // Whether the function belongs to the extended set (known or not here).
-    static bool IsExtendedFunction(const MString& function);
+    static bool IsExtendedFunction(const MString& function) {
+        return CStepParser::IsExtendedFunction(function);
+    }
     // A script reader that takes the repository's functions for step calls
     // (other web_ names are unknown functions). It asks this runner, which
     // must outlive it and stay where it is.
     CScriptReader MakeReader() const;
 
 private:
-    CObjectRepository m_Repository;
-    std::set<MString> m_Names;
-    bool m_Extended;
+    CStepParser m_Parser;
 };
 
 // The 0-based index of the argument an error points at, from its "argument"
