@@ -12,9 +12,9 @@
 ///   its scheme's default (80 for http, 443 for https).
 /// - A host given without a port ("host" or "host:") applies to every port
 ///   of that host; an entry with the request's very port wins over it.
-/// - The host may also be given as a URL ("http://host:8080/", its port or
-///   the scheme's default); an IPv6
-///   address is written in brackets ("[::1]:8080").
+/// - The host may also be given as a URL ("http://host:8080/": its port or
+///   the scheme's default); an IPv6 address is written in brackets
+///   ("[::1]:8080").
 /// - A later Set for the same host and port replaces the earlier one.
 class WEBSTEP_API CCredentials {
 public:
