@@ -3,6 +3,7 @@
 #include "InspectCommand.h"
 #include "LintCommand.h"
 #include "PageCommand.h"
+#include "ReplayCommand.h"
 #include "SettingsCommand.h"
 #include "StepsCommand.h"
 #include "UrlCommand.h"
@@ -71,6 +72,7 @@ int main(int argc, char** argv) {
     webstep::cli::AddFormCommand(app, &exitCode);
     webstep::cli::AddSettingsCommand(app, &exitCode);
     webstep::cli::AddInspectCommand(app, &exitCode);
+    webstep::cli::AddReplayCommand(app, &exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {

@@ -1,0 +1,454 @@
+#include "ReplayCommand.h"
+
+#include "ScriptCheck.h"
+
+#include "webstep/recording/ParameterSet.h"
+#include "webstep/recording/ScriptFolder.h"
+#include "webstep/replay/RecordedTransport.h"
+#include "webstep/replay/UserClock.h"
+#include "webstep/replay/VirtualUser.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace webstep::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ReplayOptions {
+    std::string folder;
+    bool offline = false;
+    // 0: the folder's own count.
+    unsigned iterations = 0;
+    bool json = false;
+    unsigned user = 1;
+    std::uint64_t seed = 1;
+};
+
+// Request bodies and URLs in the text output are cut here.
+constexpr size_t kTextLimit = 200;
+
+bool IsValidUtf8(const std::string& text) {
+    for (size_t i = 0; i < text.size();) {
+        const unsigned char c = static_cast<unsigned char>(text[i]);
+        size_t extra = 0;
+        unsigned cp = 0;
+        if (c < 0x80) {
+            ++i;
+            continue;
+        } else if ((c & 0xE0) == 0xC0) {
+            extra = 1;
+            cp = c & 0x1F;
+        } else if ((c & 0xF0) == 0xE0) {
+            extra = 2;
+            cp = c & 0x0F;
+        } else if ((c & 0xF8) == 0xF0) {
+            extra = 3;
+            cp = c & 0x07;
+        } else {
+            return false;
+        }
+        if (i + extra >= text.size())
+            return false;
+        for (size_t k = 1; k <= extra; ++k) {
+            const unsigned char d = static_cast<unsigned char>(text[i + k]);
+            if ((d & 0xC0) != 0x80)
+                return false;
+            cp = (cp << 6) | (d & 0x3F);
+        }
+        // Overlong forms, surrogates and values beyond U+10FFFF are not UTF-8.
+        static const unsigned kMin[] = {0, 0x80, 0x800, 0x10000};
+        if (cp < kMin[extra] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
+            return false;
+        i += extra + 1;
+    }
+    return true;
+}
+
+std::string Base64(const std::string& bytes) {
+    static const char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    out.reserve((bytes.size() + 2) / 3 * 4);
+    size_t i = 0;
+    for (; i + 2 < bytes.size(); i += 3) {
+        const unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) |
+                           (static_cast<unsigned char>(bytes[i + 1]) << 8) |
+                           static_cast<unsigned char>(bytes[i + 2]);
+        out += digits[(v >> 18) & 63];
+        out += digits[(v >> 12) & 63];
+        out += digits[(v >> 6) & 63];
+        out += digits[v & 63];
+    }
+    if (i < bytes.size()) {
+        unsigned v = static_cast<unsigned char>(bytes[i]) << 16;
+        if (i + 1 < bytes.size())
+            v |= static_cast<unsigned char>(bytes[i + 1]) << 8;
+        out += digits[(v >> 18) & 63];
+        out += digits[(v >> 12) & 63];
+        out += i + 1 < bytes.size() ? digits[(v >> 6) & 63] : '=';
+        out += '=';
+    }
+    return out;
+}
+
+const char* RoleName(RequestRole role) {
+    switch (role) {
+        case RequestRole::Primary:
+            return "primary";
+        case RequestRole::Redirection:
+            return "redirection";
+        case RequestRole::Frame:
+            return "frame";
+        case RequestRole::Resource:
+            return "resource";
+        case RequestRole::ExtraRes:
+            return "extrares";
+    }
+    return "?";
+}
+
+const char* StatusName(TransactionRecord::Status status) {
+    switch (status) {
+        case TransactionRecord::Status::Pass:
+            return "pass";
+        case TransactionRecord::Status::Fail:
+            return "fail";
+        case TransactionRecord::Status::Stop:
+            return "stop";
+    }
+    return "?";
+}
+
+std::string Seconds(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f s", seconds);
+    return text;
+}
+
+// Prints what the user does as it happens: requests are held until their
+// step ends, so that each is shown under its step (file, line, function).
+class CReplayPrinter : public CReplayObserver {
+public:
+    CReplayPrinter(CRecordedTransport& transport, bool json, std::ostream& out)
+        : m_transport(transport), m_json(json), m_out(out) {}
+
+    void OnRequest(const RequestRecord& request, const HttpResponse& response) override {
+        Held held;
+        held.record = request;
+        held.status = response.status;
+        if (const RecordedRequestCheck* check = m_transport.LastCheck())
+            held.check = *check;
+        m_held.push_back(std::move(held));
+    }
+
+    void OnStep(const StepRecord& step) override {
+        if (step.navigation)
+            ++m_navigations;
+        if (m_json)
+            PrintJson(step);
+        else
+            PrintText(step);
+        m_held.clear();
+        ReportTransportMessages();
+    }
+
+    void OnTransaction(const TransactionRecord& transaction) override {
+        if (m_json)
+            return;
+        m_out << "transaction \"" << transaction.name << "\": " << StatusName(transaction.status)
+              << ", " << Seconds(transaction.duration);
+        if (transaction.thinkTime > 0)
+            m_out << " (think time " << Seconds(transaction.thinkTime) << ")";
+        m_out << '\n';
+    }
+
+    void OnMessage(const std::string& level, const std::string& text) override {
+        (m_json ? std::cerr : m_out) << level << ": " << text << '\n';
+    }
+
+    void ReportTransportMessages() {
+        for (const FolderMessage& message : m_transport.TakeNewMessages())
+            (m_json ? std::cerr : m_out) << message.Format() << '\n';
+    }
+
+    size_t Navigations() const { return m_navigations; }
+
+private:
+    struct Held {
+        RequestRecord record;
+        int status = 0;
+        RecordedRequestCheck check;
+    };
+
+    static std::string Verdict(const RecordedRequestCheck& check) {
+        if (!check.recorded)
+            return "not recorded";
+        if (check.comparison.same)
+            return "same as recorded";
+        return "DIFFERENT: " + check.comparison.difference + " (recorded " + check.recordedMethod +
+               " " + check.recordedUrl + ", " + check.where + ")";
+    }
+
+    void PrintText(const StepRecord& step) {
+        m_out << (step.file.empty() ? std::string("?") : step.file) << ':' << step.line << ' '
+              << step.function << ' ' << QuotedText(step.name, 80);
+        if (!step.snapshot.empty())
+            m_out << " [" << step.snapshot << ']';
+        m_out << '\n';
+        for (const Held& held : m_held) {
+            const HttpRequest& request = held.record.request;
+            m_out << "  " << request.method << ' ' << DisplayText(request.url, kTextLimit) << " -> "
+                  << held.status;
+            if (request.role != RequestRole::Primary)
+                m_out << " (" << RoleName(request.role) << ')';
+            m_out << "  " << Verdict(held.check) << '\n';
+            if (!request.body.empty())
+                m_out << "    body: " << QuotedText(request.body, kTextLimit) << '\n';
+        }
+        for (const auto& [name, value] : step.saved)
+            m_out << "  saved " << name << " = " << QuotedText(value, kTextLimit) << '\n';
+        for (const std::string& check : step.checks)
+            m_out << "  check: " << check << '\n';
+        for (const std::string& warning : step.warnings)
+            m_out << "  warning: " << warning << '\n';
+        for (const std::string& note : step.notes)
+            m_out << "  note: " << note << '\n';
+        if (step.navigation)
+            for (const UnsentExchange& unsent : m_transport.LastStepUnsent())
+                m_out << "  recorded but not sent: " << unsent.method << ' '
+                      << DisplayText(unsent.url, kTextLimit) << " (" << unsent.where << ")\n";
+        if (step.failed)
+            m_out << "  FAILED: " << step.message << '\n';
+    }
+
+    void PrintJson(const StepRecord& step) {
+        for (const Held& held : m_held) {
+            const HttpRequest& request = held.record.request;
+            OrderedJson line;
+            line["step"] = JsonText(step.name);
+            line["function"] = step.function;
+            line["file"] = JsonText(step.file);
+            line["line"] = step.line;
+            line["snapshot"] = step.snapshot;
+            line["iteration"] = held.record.iteration;
+            line["transaction"] = JsonText(held.record.transaction);
+            line["role"] = RoleName(request.role);
+            line["method"] = JsonText(request.method);
+            line["url"] = JsonText(request.url);
+            if (IsValidUtf8(request.body))
+                line["body"] = request.body;
+            else
+                line["body_base64"] = Base64(request.body);
+            line["status"] = held.status;
+            line["recorded"] = held.check.recorded;
+            line["recorded_same"] = held.check.Same();
+            if (held.check.recorded) {
+                line["recorded_method"] = JsonText(held.check.recordedMethod);
+                line["recorded_url"] = JsonText(held.check.recordedUrl);
+                line["recorded_where"] = JsonText(held.check.where);
+                if (!held.check.comparison.same)
+                    line["difference"] = JsonText(held.check.comparison.difference);
+            }
+            line["step_failed"] = step.failed;
+            m_out << line.dump(-1, ' ', false, OrderedJson::error_handler_t::replace) << '\n';
+        }
+    }
+
+    CRecordedTransport& m_transport;
+    bool m_json;
+    std::ostream& m_out;
+    std::vector<Held> m_held;
+    size_t m_navigations = 0;
+};
+
+// Folders without a description: action files holding "init" run first
+// once, those holding "end" last once, the others are the run group.
+void RunPlainFolder(CVirtualUser& user, const CScriptFolder& folder, unsigned iterations) {
+    auto lower = [](std::string text) {
+        for (char& c : text)
+            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        return text;
+    };
+    std::vector<std::string> init, run, end;
+    for (const FolderAction& action : folder.Actions()) {
+        const std::string name = lower(action.name);
+        if (name.find("init") != std::string::npos)
+            init.push_back(action.name);
+        else if (name.find("end") != std::string::npos)
+            end.push_back(action.name);
+        else
+            run.push_back(action.name);
+    }
+    auto group = [&user](const std::vector<std::string>& actions) {
+        for (const std::string& action : actions) {
+            user.RunActionFile(action);
+            if (user.Next() != UserNext::Continue)
+                break;
+        }
+    };
+    const unsigned count = iterations != 0 ? iterations : folder.Iterations();
+    user.BeginIteration(1);
+    group(init);
+    user.EndIteration();
+    for (unsigned i = 1; i <= count && user.Next() != UserNext::EndUser; ++i) {
+        user.BeginIteration(i);
+        group(run);
+        user.EndIteration();
+    }
+    if (user.Next() != UserNext::EndUser) {
+        group(end);
+        user.EndIteration();
+    }
+}
+
+int RunReplay(const ReplayOptions& options) {
+    if (!options.offline) {
+        std::cerr << "webstep replay: only --offline exists for now (answers from the folder's "
+                     "recording); a live replay will be \"webstep run\", not yet available\n";
+        return 2;
+    }
+    if (options.user == 0) {
+        std::cerr << "webstep replay: --user counts from 1\n";
+        return 2;
+    }
+    std::error_code ec;
+    if (!fs::is_directory(options.folder, ec)) {
+        std::cerr << "webstep replay: \"" << options.folder << "\" is not a folder\n";
+        return 2;
+    }
+    std::ostream& out = std::cout;
+    std::ostream& notes = options.json ? std::cerr : std::cout;
+    FolderMessages messages;
+    CScriptFolder folder;
+    if (!folder.Open(options.folder, messages)) {
+        for (const FolderMessage& message : messages)
+            std::cerr << message.Format() << '\n';
+        return 2;
+    }
+    CParameterSet parameters;
+    parameters.SetUserCount(options.user);
+    parameters.Load(folder.ParameterPath(), folder.Dir(), messages);
+    CRecordedTransport transport;
+    const bool recorded = transport.Open(folder, messages);
+    for (const FolderMessage& message : messages)
+        notes << message.Format() << '\n';
+    if (!recorded) {
+        std::cerr << "webstep replay: \"" << options.folder
+                  << "\" has no recording (no data/ folder) to replay offline\n";
+        return 2;
+    }
+
+    CManualClock clock;
+    VirtualUserOptions userOptions;
+    userOptions.user = options.user;
+    userOptions.seed = options.seed;
+    CVirtualUser user(folder, parameters, transport, clock, userOptions);
+    // Time parameters see the time of the recording (plus the time the
+    // user has spent), printed as UTC, so that dates are the recorded ones.
+    std::string recordedWhere;
+    if (const std::optional<std::time_t> recordedTime = transport.RecordedTime(&recordedWhere)) {
+        const std::time_t start = *recordedTime;
+        user.Parameters().SetClock(
+            [start, &clock]() { return start + static_cast<std::time_t>(clock.Now()); }, true);
+        char text[32];
+        std::tm parts{};
+        gmtime_r(&start, &parts);
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &parts);
+        notes << "note: Time parameters take the recording's time, " << text << " UTC ("
+              << recordedWhere << ")\n";
+    }
+    CReplayPrinter printer(transport, options.json, out);
+    user.SetObserver(&printer);
+    // The recording holds one pass through the run group: an offline replay
+    // makes one iteration unless told otherwise.
+    const unsigned iterations = options.iterations != 0 ? options.iterations : 1;
+    if (folder.HasDescription())
+        user.Run(iterations);
+    else
+        RunPlainFolder(user, folder, iterations);
+    printer.ReportTransportMessages();
+
+    const RecordedCounts& counts = transport.Counts();
+    const bool clean = user.FailedSteps() == 0 && counts.different == 0 && counts.notRecorded == 0;
+    if (options.json) {
+        OrderedJson summary{{"steps", user.Steps()},
+                            {"navigation_steps", printer.Navigations()},
+                            {"failed_steps", user.FailedSteps()},
+                            {"requests", counts.requests},
+                            {"recorded_same", counts.same},
+                            {"recorded_different", counts.different},
+                            {"not_recorded", counts.notRecorded},
+                            {"recorded_not_sent", counts.unsent},
+                            {"think_time", clock.Slept()},
+                            {"passed", clean}};
+        out << OrderedJson{{"summary", summary}}.dump(-1, ' ', false,
+                                                      OrderedJson::error_handler_t::replace)
+            << '\n';
+    } else {
+        out << "summary: " << user.Steps() << " steps (" << printer.Navigations()
+            << " navigation), " << user.FailedSteps() << " failed; " << counts.requests
+            << " requests: " << counts.same << " same as recorded, " << counts.different
+            << " different, " << counts.notRecorded << " not recorded; " << counts.unsent
+            << " recorded requests not sent; think time " << Seconds(clock.Slept()) << '\n';
+    }
+    return clean ? 0 : 1;
+}
+
+}  // namespace
+
+void AddReplayCommand(CLI::App& app, int* exitCode) {
+    auto options = std::make_shared<ReplayOptions>();
+    CLI::App* replay = app.add_subcommand(
+        "replay",
+        "Replay a script folder as one virtual user (init, the run group, end), offline: every "
+        "request is answered from the folder's recording and compared with the request that "
+        "was recorded. Prints each step with its requests, statuses, saved parameters, checks, "
+        "transactions and differences, then a summary. Exit status 0 when every step passed "
+        "and every request was sent exactly as recorded, 1 otherwise, 2 on usage or set-up "
+        "errors");
+    replay
+        ->add_option("DIR", options->folder,
+                     "The script folder.\n  example: webstep replay --offline "
+                     "examples/library-loans")
+        ->required();
+    replay->add_flag("--offline", options->offline,
+                     "Answer from the recording (data/) instead of the network; the only mode "
+                     "for now.\n  example: webstep replay --offline examples/library-loans");
+    replay
+        ->add_option("--iterations", options->iterations,
+                     "Iterations of the run group (default 1: the recording holds one pass; "
+                     "the folder's run logic may ask for more).\n"
+                     "  example: webstep replay --offline --iterations 2 examples/library-loans")
+        ->type_name("N");
+    replay->add_flag("--json", options->json,
+                     "One JSON object per request on its own line, then a summary line.\n"
+                     "  example: webstep replay --offline --json examples/library-loans | jq .url");
+    replay
+        ->add_option("--user", options->user,
+                     "The user's number (from 1): which parameter rows it takes.\n  example: "
+                     "webstep replay --offline --user 2 examples/library-loans")
+        ->type_name("N");
+    replay
+        ->add_option("--seed", options->seed,
+                     "Seed of the user's random choices (random parameters, random run "
+                     "groups, think time).\n  example: webstep replay --offline --seed 7 "
+                     "examples/northfield-branches")
+        ->type_name("S");
+    replay->footer(
+        "Examples:\n"
+        "  webstep replay --offline examples/library-loans\n"
+        "  webstep replay --offline --json examples/northfield-branches > requests.jsonl\n"
+        "  webstep replay --offline --iterations 3 --user 2 examples/library-loans");
+    replay->callback([options, exitCode]() { *exitCode = RunReplay(*options); });
+}
+
+}  // namespace webstep::cli
