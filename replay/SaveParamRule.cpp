@@ -289,7 +289,13 @@ bool CRegexpRule::Collect(const CSearchTexts& texts, std::size_t wanted,
     try {
         if (m_Pattern.size() > 8192)
             throw std::regex_error(std::regex_constants::error_complexity);
+#if defined(__GLIBCXX__)
         expression.assign(m_Pattern, std::regex::ECMAScript | std::regex_constants::__polynomial);
+#else
+        // Other libraries have no such mode: the step budget still bounds
+        // the time.
+        expression.assign(m_Pattern, std::regex::ECMAScript);
+#endif
     } catch (const std::regex_error& e) {
         error = "the regular expression \"" + m_Pattern + "\" cannot be used: ";
         error += (std::string(e.what()).find("back-reference") != std::string::npos)
