@@ -84,6 +84,11 @@ std::string MethodOfRequestLine(const std::string& text) {
     return text.substr(0, end);
 }
 
+std::string WithoutFragment(const std::string& url) {
+    const std::size_t hash = url.find('#');
+    return hash == std::string::npos ? url : url.substr(0, hash);
+}
+
 std::string Trim(const std::string& text) {
     const std::size_t first = text.find_first_not_of(" \t");
     if (first == std::string::npos)
@@ -284,7 +289,12 @@ HttpResponse CRecordedTransport::Send(const HttpRequest& request) {
 
         // The first unused exchange of the URL (and method, when asked),
         // one of the origin that fits the role first.
-        auto find = [&](bool sameMethod, bool wildcards) -> std::size_t {
+        // How addresses are compared: the same text first (cheap, and what a
+        // replay usually sends), then as the request comparison compares
+        // them, then with references matching any text.
+        enum class Match { Text, Canonical, References };
+        const std::string url = WithoutFragment(request.url);
+        auto find = [&](bool sameMethod, Match match) -> std::size_t {
             std::size_t best = data.exchanges.size();
             for (std::size_t i = 0; i < data.exchanges.size(); ++i) {
                 if (data.used[i])
@@ -292,8 +302,13 @@ HttpResponse CRecordedTransport::Send(const HttpRequest& request) {
                 const HttpExchange& exchange = data.exchanges[i];
                 if (sameMethod && Upper(exchange.method) != method)
                     continue;
-                if (!SameUrl(request.url, exchange.url, wildcards ? m_left : std::string(),
-                             wildcards ? m_right : std::string()))
+                const bool same =
+                    match == Match::Text
+                        ? url == WithoutFragment(exchange.url)
+                        : SameUrl(request.url, exchange.url,
+                                  match == Match::References ? m_left : std::string(),
+                                  match == Match::References ? m_right : std::string());
+                if (!same)
                     continue;
                 if (exchange.origin == fits)
                     return i;
@@ -302,13 +317,15 @@ HttpResponse CRecordedTransport::Send(const HttpRequest& request) {
             }
             return best;
         };
-        std::size_t index = find(true, false);
-        if (index == data.exchanges.size() && references)
-            index = find(true, true);
-        if (index == data.exchanges.size())
-            index = find(false, false);
-        if (index == data.exchanges.size() && references)
-            index = find(false, true);
+        std::size_t index = data.exchanges.size();
+        for (const bool sameMethod : {true, false})
+            for (const Match match : {Match::Text, Match::Canonical, Match::References}) {
+                if (index != data.exchanges.size())
+                    break;
+                if (match == Match::References && !references)
+                    continue;
+                index = find(sameMethod, match);
+            }
         // The exchange the request stands in for: the step's own request, or
         // the redirect it follows. The XML is the full exchange: it wins over
         // the tN.inf files, which may name the address the script expected.
