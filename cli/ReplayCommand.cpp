@@ -190,6 +190,8 @@ private:
     };
 
     static std::string Verdict(const RecordedRequestCheck& check) {
+        if (!check.recorded && check.source == RecordedRequestCheck::Source::File)
+            return "answered from " + check.where + " (no recorded request to compare)";
         if (!check.recorded)
             return "not recorded";
         if (check.comparison.same)
@@ -251,6 +253,8 @@ private:
             line["status"] = held.status;
             line["recorded"] = held.check.recorded;
             line["recorded_same"] = held.check.Same();
+            if (held.check.source == RecordedRequestCheck::Source::File)
+                line["answered_from"] = JsonText(held.check.where);
             if (held.check.recorded) {
                 line["recorded_method"] = JsonText(held.check.recordedMethod);
                 line["recorded_url"] = JsonText(held.check.recordedUrl);
@@ -378,7 +382,8 @@ int RunReplay(const ReplayOptions& options) {
     printer.ReportTransportMessages();
 
     const RecordedCounts& counts = transport.Counts();
-    const bool clean = user.FailedSteps() == 0 && counts.different == 0 && counts.notRecorded == 0;
+    const bool clean = user.FailedSteps() == 0 && counts.different == 0 &&
+                       counts.notRecorded == 0 && counts.unverified == 0;
     if (options.json) {
         OrderedJson summary{{"steps", user.Steps()},
                             {"navigation_steps", printer.Navigations()},
@@ -387,6 +392,7 @@ int RunReplay(const ReplayOptions& options) {
                             {"recorded_same", counts.same},
                             {"recorded_different", counts.different},
                             {"not_recorded", counts.notRecorded},
+                            {"unverified", counts.unverified},
                             {"recorded_not_sent", counts.unsent},
                             {"think_time", clock.Slept()},
                             {"passed", clean}};
@@ -397,8 +403,12 @@ int RunReplay(const ReplayOptions& options) {
         out << "summary: " << user.Steps() << " steps (" << printer.Navigations()
             << " navigation), " << user.FailedSteps() << " failed; " << counts.requests
             << " requests: " << counts.same << " same as recorded, " << counts.different
-            << " different, " << counts.notRecorded << " not recorded; " << counts.unsent
-            << " recorded requests not sent; think time " << Seconds(clock.Slept()) << '\n';
+            << " different, " << counts.notRecorded << " not recorded";
+        if (counts.unverified != 0)
+            out << ", " << counts.unverified
+                << " answered from page files without a recorded request";
+        out << "; " << counts.unsent << " recorded requests not sent; think time "
+            << Seconds(clock.Slept()) << '\n';
     }
     return clean ? 0 : 1;
 }

@@ -373,7 +373,9 @@ HttpResponse CRecordedTransport::Send(const HttpRequest& request) {
     }
 
     ++m_counts.requests;
-    if (!check.recorded)
+    if (!check.recorded && check.source == RecordedRequestCheck::Source::File)
+        ++m_counts.unverified;
+    else if (!check.recorded)
         ++m_counts.notRecorded;
     else if (check.comparison.same)
         ++m_counts.same;

@@ -63,8 +63,9 @@ struct WEBSTEP_API RecordedRequestCheck {
         NotRecorded  ///< nothing: the "not recorded" answer
     };
     Source source = Source::NotRecorded;
-    /// The request has a recorded counterpart to compare with (always, but
-    /// for NotRecorded).
+    /// The request has a recorded counterpart to compare with: always for
+    /// Exchange, for File when the description names the file's URL, never
+    /// for NotRecorded.
     bool recorded = false;
     /// Method, URL and body as recorded (the counterpart).
     RequestComparison comparison;
@@ -88,8 +89,11 @@ struct WEBSTEP_API RecordedCounts {
     std::size_t same = 0;
     /// Requests with a counterpart that differ from it.
     std::size_t different = 0;
-    /// Requests without a counterpart.
+    /// Requests without a counterpart that got the "not recorded" answer.
     std::size_t notRecorded = 0;
+    /// Requests answered from a page file whose request the recording does
+    /// not hold (older recordings without URLs): nothing to compare with.
+    std::size_t unverified = 0;
     /// Recorded exchanges no request of their step took.
     std::size_t unsent = 0;
 };

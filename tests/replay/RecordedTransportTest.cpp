@@ -402,6 +402,23 @@ TEST_F(RecordedTransportTest, AStepWithoutXmlIsAnsweredByItsDocumentFile) {
     EXPECT_EQ(transport.Send(Request("GET", "https://lib.example/more")).status, 404);
 }
 
+TEST_F(RecordedTransportTest, APageFileWithoutAnAddressAnswersButIsNotVerified) {
+    // The oldest layout: the page file alone, no tN.inf and no XML.
+    ScratchDir::Write(DataFile("t5.html"), "<html>old</html>");
+    Open();
+    transport.BeginStep(Step("t5"));
+    const HttpResponse response = transport.Send(Request("GET", "https://lib.example/old"));
+    EXPECT_EQ(response.status, 200);
+    EXPECT_EQ(response.body, "<html>old</html>");
+    EXPECT_EQ(*response.Header("Content-Type"), "text/html");
+    EXPECT_EQ(transport.LastCheck()->source, RecordedRequestCheck::Source::File);
+    EXPECT_FALSE(transport.LastCheck()->recorded);
+    EXPECT_EQ(transport.LastComparison(), nullptr);
+    EXPECT_EQ(transport.Counts().unverified, 1u);
+    EXPECT_EQ(transport.Counts().notRecorded, 0u);
+    EXPECT_EQ(transport.Counts().same + transport.Counts().different, 0u);
+}
+
 TEST_F(RecordedTransportTest, TheDocumentsMethodAndBodyComeFromItsRequestFiles) {
     ScratchDir::Write(DataFile("t4.htm"), "<html>done</html>");
     ScratchDir::Write(DataFile("t4_RequestHeader.txt"),
