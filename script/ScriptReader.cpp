@@ -18,57 +18,16 @@
 namespace {
 
 // The function names of the step parser registry, in registration order.
+// The standard set: the functions the reader takes as steps.
+#define WEBSTEP_NAME_STANDARD(function) #function,
+#define WEBSTEP_NAME_EXTENDED(function)
+#define WEBSTEP_STEP_FUNCTION(set, function, Parser, Creator, Step, arguments) \
+    WEBSTEP_NAME_##set(function)
 const char* const kStepFunctions[] = {
-    "web_url",
-    "web_link",
-    "web_image",
-    "web_submit_form",
-    "web_submit_data",
-    "web_custom_request",
-    "web_find",
-    "web_image_check",
-    "web_java_check",
-    "web_set_proxy",
-    "web_set_secure_proxy",
-    "web_set_user",
-    "web_add_header",
-    "web_add_auto_header",
-    "web_cleanup_auto_headers",
-    "web_set_proxy_bypass",
-    "web_set_connections_limit",
-    "web_enable_keep_alive",
-    "web_disable_keep_alive",
-    "web_set_timeout",
-    "web_create_html_param",
-    "web_set_max_html_param_len",
-    "web_add_cookie",
-    "web_remove_cookie",
-    "web_cleanup_cookies",
-    "web_set_certificate",
-    "web_get_int_property",
-    "web_save_header",
-    "web_create_html_param_ex",
-    "web_set_proxy_bypass_local",
-    "web_cache_cleanup",
-    "web_concurrent_start",
-    "web_concurrent_end",
-    "web_reg_save_param",
-    "web_set_max_retries",
-    "web_set_certificate_ex",
-    "web_set_sockets_option",
-    "web_reg_find",
-    "web_remove_auto_header",
-    "web_revert_auto_header",
-    "web_sjis_to_euc_param",
-    "web_global_verification",
-    "web_reg_add_cookie",
-    "web_convert_param",
-    "web_add_cookie_ex",
-    "web_global_verification_pause",
-    "web_global_verification_resume",
-    "flex_web_request",
-    "silverlight_web_request",
+#include "webstep/script/StepFunctions.def"
 };
+#undef WEBSTEP_NAME_STANDARD
+#undef WEBSTEP_NAME_EXTENDED
 
 // A literal that begins like an attribute: a name of letters, digits and
 // underscores (options after slashes allowed) and an equals sign. A literal

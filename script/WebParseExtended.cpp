@@ -442,47 +442,27 @@ void CWebParseExtended::CopyExtendedAttributes(const ExtendedGrammar& grammar,
 
 namespace {
 
-#define WEBSTEP_EXTENDED_FUNCTIONS(X)                               \
-    X("web_reg_save_param_ex", CWebParseRegSaveParamEx)             \
-    X("web_reg_save_param_regexp", CWebParseRegSaveParamRegexp)     \
-    X("web_reg_save_param_json", CWebParseRegSaveParamJson)         \
-    X("web_reg_save_param_xpath", CWebParseRegSaveParamXpath)       \
-    X("web_reg_save_param_attrib", CWebParseRegSaveParamAttrib)     \
-    X("web_rest", CWebParseRest)                                    \
-    X("web_save_timestamp_param", CWebParseSaveTimestampParam)      \
-    X("web_save_param_length", CWebParseSaveParamLength)            \
-    X("web_convert_date_param", CWebParseConvertDateParam)          \
-    X("web_reg_async_attributes", CWebParseRegAsyncAttributes)      \
-    X("web_stop_async", CWebParseStopAsync)                         \
-    X("web_sync", CWebParseSync)                                    \
-    X("web_js_run", CWebParseJsRun)                                 \
-    X("web_js_reset", CWebParseJsReset)                             \
-    X("web_add_filter", CWebParseAddFilter)                         \
-    X("web_add_auto_filter", CWebParseAddAutoFilter)                \
-    X("web_remove_auto_filter", CWebParseRemoveAutoFilter)          \
-    X("web_set_rts_key", CWebParseSetRtsKey)                        \
-    X("web_convert_to_formatted", CWebParseConvertToFormatted)      \
-    X("web_convert_from_formatted", CWebParseConvertFromFormatted)  \
-    X("web_service_call", CWebParseServiceCall)                     \
-    X("web_websocket_connect", CWebParseWebSocketConnect)           \
-    X("web_websocket_send", CWebParseWebSocketSend)                 \
-    X("web_websocket_close", CWebParseWebSocketClose)               \
-    X("web_reg_cross_step_download", CWebParseRegCrossStepDownload) \
-    X("web_dump_cache", CWebParseDumpCache)                         \
-    X("web_load_cache", CWebParseLoadCache)
-
-#define WEBSTEP_EXTENDED_NAME(name, parser) name,
+#define WEBSTEP_NAME_STANDARD(function)
+#define WEBSTEP_NAME_EXTENDED(function) #function,
+#define WEBSTEP_STEP_FUNCTION(set, function, Parser, Creator, Step, arguments) \
+    WEBSTEP_NAME_##set(function)
 const char* const kExtendedFunctionNames[] = {
-    WEBSTEP_EXTENDED_FUNCTIONS(WEBSTEP_EXTENDED_NAME) nullptr};
-#undef WEBSTEP_EXTENDED_NAME
+#include "webstep/script/StepFunctions.def"
+    nullptr};
+#undef WEBSTEP_NAME_STANDARD
+#undef WEBSTEP_NAME_EXTENDED
 
 }  // namespace
 
 void CWebStepParse::UpdateRepositoryExtended(CObjectRepository& repository) {
-#define WEBSTEP_EXTENDED_REGISTER(name, parser) \
-    repository.RegisterObject(name, parser::CreateObject);
-    WEBSTEP_EXTENDED_FUNCTIONS(WEBSTEP_EXTENDED_REGISTER)
-#undef WEBSTEP_EXTENDED_REGISTER
+#define WEBSTEP_REGISTER_STANDARD(function, Parser)
+#define WEBSTEP_REGISTER_EXTENDED(function, Parser) \
+    repository.RegisterObject(#function, Parser::CreateObject);
+#define WEBSTEP_STEP_FUNCTION(set, function, Parser, Creator, Step, arguments) \
+    WEBSTEP_REGISTER_##set(function, Parser)
+#include "webstep/script/StepFunctions.def"
+#undef WEBSTEP_REGISTER_STANDARD
+#undef WEBSTEP_REGISTER_EXTENDED
 }
 
 const char* const* CWebStepParse::GetExtendedFunctionNames() {
