@@ -1,3 +1,4 @@
+#include "CompileCommand.h"
 #include "EscapeCommand.h"
 #include "FormCommand.h"
 #include "InspectCommand.h"
@@ -73,6 +74,7 @@ int main(int argc, char** argv) {
     webstep::cli::AddSettingsCommand(app, &exitCode);
     webstep::cli::AddInspectCommand(app, &exitCode);
     webstep::cli::AddReplayCommand(app, &exitCode);
+    webstep::cli::AddCompileCommand(app, &exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {

@@ -12,6 +12,9 @@ foreach(component IN LISTS WEBSTEP_COMPONENTS)
   install(FILES ${headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/webstep/${component})
 endforeach()
 install(FILES ${PROJECT_SOURCE_DIR}/webstep.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/webstep)
+# The C header of compiled scripts: <webstep/runtime.h> (not part of webstep.h,
+# which is C++).
+install(FILES ${PROJECT_SOURCE_DIR}/runtime.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/webstep)
 
 install(TARGETS webstep webstep_static EXPORT webstepTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
