@@ -218,10 +218,6 @@ struct CCompiledScript::Context {
     CVirtualUser& user;
     CScriptRuntime runtime;
     std::unique_ptr<Copy> copy;
-    CReplayObserver* observer = nullptr;
-    std::string crash;
-    bool endUser = false;
-    bool iterationFailed = false;
 };
 
 CCompiledScript::CCompiledScript() = default;

@@ -366,8 +366,9 @@ bool CScriptCompiler::Compile(const CScriptFolder& folder, const ScriptCompileOp
         }
         std::string unit =
             "/* Written by webstep: the action files of " + dir.string() + " as one unit. */\n";
+        std::set<std::string> included;
         for (const FolderAction& action : result.actions) {
-            if (unit.find("/" + action.file + "\"\n") != std::string::npos)
+            if (!included.insert(action.file).second)
                 continue;
             std::string path = (dir / action.file).string();
             std::string quoted;

@@ -366,15 +366,15 @@ const char* StatusText(int status) {
     }
 }
 
-bool NameOf(CScriptRuntime& runtime, const char* pointer, const char* what, std::string& name) {
+bool NameOf(CScriptRuntime& runtime, const char* pointer, const std::string& what,
+            std::string& name) {
     const TextRead read = ReadText(pointer, kMaxText, name);
     if (read == TextRead::Ok && !name.empty())
         return true;
-    Warn(runtime, std::string(runtime.Where().empty() ? "" : "") + what +
-                      (read == TextRead::Null         ? " is null"
-                       : read == TextRead::Unreadable ? " is not readable text"
-                       : read == TextRead::TooLong    ? " is too long"
-                                                      : " is empty"));
+    Warn(runtime, what + (read == TextRead::Null         ? " is null"
+                          : read == TextRead::Unreadable ? " is not readable text"
+                          : read == TextRead::TooLong    ? " is too long"
+                                                         : " is empty"));
     return false;
 }
 
@@ -667,7 +667,7 @@ namespace {
 int SaveText(CScriptRuntime& runtime, const char* function, const std::string& value,
              const char* name) {
     std::string parameter;
-    if (!NameOf(runtime, name, (std::string(function) + ": the parameter name").c_str(), parameter))
+    if (!NameOf(runtime, name, std::string(function) + ": the parameter name", parameter))
         return -1;
     runtime.User().Parameters().SaveParameter(parameter, value);
     return 0;
