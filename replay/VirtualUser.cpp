@@ -616,7 +616,9 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
     auto* contextless = dynamic_cast<CWebContextlessStep*>(&step);
     const bool resourceStep = contextless != nullptr && contextless->GetResource();
     if (resourceStep || !IsHtml(response)) {
-        if (!resourceStep && contextless != nullptr &&
+        // An error answer has failed the step already; its content type is
+        // no news.
+        if (!resourceStep && contextless != nullptr && response.status < 400 &&
             Lower(contextless->GetContentType()).find("html") != std::string::npos)
             record.warnings.push_back("an HTML page was recorded, " + ContentTypeOf(response) +
                                       " came; the page stays as it was");

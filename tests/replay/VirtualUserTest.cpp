@@ -254,9 +254,11 @@ TEST_F(VirtualUserTest, RedirectLoopFailsAfterTenHops) {
 TEST_F(VirtualUserTest, ErrorStatusOfTheMainRequestFailsTheStep) {
     User();
     transport.Answer("http://h.org/bad", 500, "oops", {{"Content-Type", "text/plain"}});
-    StepRecord step = Call("web_url", {"bad", "URL=http://h.org/bad"});
+    StepRecord step = Call("web_url", {"bad", "URL=http://h.org/bad", "RecContentType=text/html"});
     EXPECT_TRUE(step.failed);
     EXPECT_NE(step.message.find("HTTP status 500"), std::string::npos);
+    // The failure says it all: no warning about the error page's type.
+    EXPECT_TRUE(step.warnings.empty());
 }
 
 TEST_F(VirtualUserTest, ContinueOnErrorGoesOn) {
