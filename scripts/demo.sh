@@ -44,6 +44,11 @@ echo
 echo "== a link of the page resolved against the page's address:"
 "$tool" url combine http://library.example.org/account/loans ../catalogue/search?q=dune
 
+echo
+echo "== replay $example offline: one virtual user, every request answered from"
+echo "== the recording and compared with the request that was recorded"
+"$tool" replay --offline "$example"
+
 # The main job last, so that it is what stays on the screen: it exits with
 # 1 (and the demo fails) when a step of the example cannot be resolved.
 echo
