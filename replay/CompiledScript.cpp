@@ -416,7 +416,7 @@ ScriptUserResult CCompiledScript::RunUser(CVirtualUser& user, CUserClock& clock,
     }
     CScriptRuntime& runtime = context.runtime;
     ThreadSetup setup(runtime, m_options.stepTimeout);
-    std::mt19937_64 random(0x5DEECE66DULL * user.User() + 11);
+    std::mt19937_64 random(m_options.seed * 0x9E3779B97F4A7C15ULL + user.User());
     bool fatal = false, endUser = false, aborted = false;
 
     // Runs a group's actions; false when the rest of the run must stop.

@@ -31,6 +31,7 @@
 // signal and ends the same way as a crash, its result naming the timeout.
 // What is lost: the script stops where it is; if it was inside the C
 // library (malloc, printf), a lock that call held may stay held.
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -53,6 +54,8 @@ struct WEBSTEP_API CompiledScriptOptions {
     double stepTimeout = 0;
     /// What the identity functions tell.
     ScriptIdentity identity;
+    /// The seed of the run logic's random groups (with the user number).
+    std::uint64_t seed = 1;
 };
 
 /// How one user's run ended.
