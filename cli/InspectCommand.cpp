@@ -6,10 +6,8 @@
 #include "webstep/context/ContextTree.h"
 #include "webstep/forms/Data.h"
 #include "webstep/forms/DataSet.h"
-#include "webstep/forms/Form.h"
 #include "webstep/forms/Resource.h"
 #include "webstep/forms/StepResolver.h"
-#include "webstep/foundation/BinaryDataHandler.h"
 #include "webstep/html/HTMLForm.h"
 #include "webstep/html/HTMLLink.h"
 #include "webstep/recording/ParameterContext.h"
@@ -17,6 +15,7 @@
 #include "webstep/recording/Recording.h"
 #include "webstep/recording/RequestComparison.h"
 #include "webstep/recording/ScriptFolder.h"
+#include "webstep/replay/RequestPlanner.h"
 #include "webstep/settings/RunTimeSettings.h"
 #include "webstep/steps/WebStepCustomRequest.h"
 #include "webstep/steps/WebStepError.h"
@@ -24,7 +23,6 @@
 #include "webstep/steps/WebStepSubmitData.h"
 
 #include <strings.h>
-#include <unicode/unistr.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -98,30 +96,6 @@ bool IsParameter(const MString& text) {
     return text.size() >= 2 && text.front() == '{' && text.back() == '}';
 }
 
-// A form body URL-encodes the braces of parameter references; a reader wants
-// them as the script writes them, since the replay substitutes them.
-MString KeepParameterReferences(const MString& body) {
-    MString out;
-    size_t i = 0;
-    while (i < body.size()) {
-        if (body.compare(i, 3, "%7B") == 0) {
-            size_t j = i + 3;
-            while (j < body.size() && (std::isalnum(static_cast<unsigned char>(body[j])) ||
-                                       body[j] == '_' || body[j] == '-' || body[j] == '.'))
-                ++j;
-            if (j > i + 3 && body.compare(j, 3, "%7D") == 0) {
-                out += '{';
-                out.append(body, i + 3, j - i - 3);
-                out += '}';
-                i = j + 3;
-                continue;
-            }
-        }
-        out += body[i++];
-    }
-    return out;
-}
-
 bool IsHtmlContentType(const MString& type) {
     const std::string lower = Lower(type);
     return lower.empty() || lower.find("html") != std::string::npos;
@@ -152,8 +126,6 @@ OrderedJson UrlJson(const CURLParser& url) {
 }
 
 MString Bytes(const OrderedJson& value);
-MString WireBytes(int encoding, const MString& value, bool& differs);
-bool ReadWholeFile(const fs::path& path, std::string& text);
 
 class CInspector {
 public:
@@ -426,21 +398,10 @@ void CInspector::RequestOfCustomRequest(const CWebStepCustomRequest& step, bool 
     if (step.GetUseEncType() || !step.GetEncType().empty())
         request["content_type"] = JsonText(step.GetEncType());
     // The body as the parts are written, in order: texts as they are, binary
-    // parts in their escaped script form, body variables by name.
-    MString body, wire;
-    bool wireDiffers = false;
+    // parts in their escaped script form, body variables by name; beside it
+    // the bytes they send, for the comparison with the recording.
     OrderedJson parts = OrderedJson::array();
     for (const auto& part : step.GetBody()) {
-        std::string fileBody;
-        if (part.encoding == CWebStepCustomRequest::BODY_VARIABLE &&
-            strcasecmp(part.attributeName.c_str(), "BodyFilePath") == 0 &&
-            ReadWholeFile(m_Folder / part.value, fileBody)) {
-            // The body is the file's bytes, the path taken in the folder.
-            wire += fileBody;
-            wireDiffers = true;
-        } else {
-            wire += WireBytes(part.encoding, part.value, wireDiffers);
-        }
         const char* kind = "text";
         if (part.encoding == CWebStepCustomRequest::BODY_BINARY)
             kind = "binary";
@@ -451,14 +412,14 @@ void CInspector::RequestOfCustomRequest(const CWebStepCustomRequest& step, bool 
         parts.push_back(OrderedJson{{"kind", kind},
                                     {"attribute", JsonText(part.attributeName)},
                                     {"value", JsonText(part.value)}});
-        body += part.encoding == CWebStepCustomRequest::BODY_VARIABLE
-                    ? "<" + part.attributeName + " from qzw_custom_body.h>"
-                    : part.value;
     }
+    const MString body = CRequestPlanner::CustomRequestShownBody(step);
+    bool exact = true;
+    const MString wire = CRequestPlanner::CustomRequestBody(step, m_Folder.string(), exact);
+    if (wire != body)
+        m_WireBody = wire;
     if (!step.GetRawBodyStartEnd().empty())
         request["raw_body"] = true;
-    if (wireDiffers)
-        m_WireBody = wire;
     if (!parts.empty()) {
         request["body"] = JsonText(body);
         request["body_parts"] = parts;
@@ -471,67 +432,35 @@ void CInspector::RequestOfSubmitData(CWebStepSubmitData& step, OrderedJson& entr
     bool relative = false;
     url = Absolute(step.GetAction(), relative);
     const bool get = strcasecmp(step.GetMethod().c_str(), "GET") == 0;
-    const bool multipart = Lower(step.GetEncType()).find("multipart/form-data") == 0;
-    MString body;
     // A fixed boundary keeps the shown body stable from run to run.
-    const MString boundary = multipart && !get ? "----webstepBoundary" : "";
-    if (boundary.empty())
-        step.GetDataSet().CreateArgumentsFromDataSkipParams(
-            m_Script.Description().LeftBrace(), m_Script.Description().RightBrace(), body);
-    else
-        step.GetDataSet().CreateArgumentsFromData(boundary, false, body);
-    OrderedJson request{{"method", get ? "GET" : "POST"}};
+    PlanOptions options;
+    options.keepReferences = true;
+    options.leftBrace = m_Script.Description().LeftBrace();
+    options.rightBrace = m_Script.Description().RightBrace();
+    options.boundary = "----webstepBoundary";
+    std::mt19937_64 unused;
+    const PlannedRequest planned = CRequestPlanner::SubmitData(
+        step, url.IsValid() ? MString(url.GetFullURLWithSearch()) : MString(), options, unused);
+    OrderedJson request{{"method", planned.method}};
     if (!url.IsValid()) {
         Unresolved(entry, "the Action \"" + step.GetAction() + "\" is not a valid address");
         request["url"] = JsonText(step.GetAction());
     } else {
-        if (get && !body.empty()) {
-            // A GET submission sends its data in the query.
-            const MString full = url.GetFullURLWithSearch();
-            const MString withQuery = full + (full.find('?') == MString::npos ? "?" : "&") + body;
-            CURLParser queried(withQuery.c_str());
+        if (get) {
+            CURLParser queried(planned.url.c_str());
             if (queried.IsValid())
                 url = queried;
-            request["url"] = JsonText(withQuery);
-        } else {
-            request["url"] = JsonText(url.GetFullURLWithSearch());
         }
+        request["url"] = JsonText(planned.url);
         if (relative)
             request["relative_to"] = JsonText(m_Page.tree->GetUrl().GetFullURLWithSearch());
     }
     if (!get) {
-        request["content_type"] = multipart ? "multipart/form-data; boundary=" + boundary
-                                            : MString("application/x-www-form-urlencoded");
-        request["body"] = JsonText(body);
+        request["content_type"] = JsonText(planned.contentType);
+        request["body"] = JsonText(planned.body);
     }
     request["items"] = step.GetDataSet().GetNumElements();
     entry["request"] = request;
-}
-
-// The bytes a body part sends: binary parts decoded from their escapes,
-// Unicode parts as UTF-16LE; a body variable cannot be known here and stays
-// as its name.
-MString WireBytes(int encoding, const MString& value, bool& differs) {
-    if (encoding == CWebStepCustomRequest::BODY_BINARY) {
-        char* bytes = nullptr;
-        const int length = CBinaryDataHandler::ConvertAsciiToBinary(value.c_str(), &bytes, true);
-        MString out = length >= 0 && bytes ? MString(bytes, static_cast<size_t>(length)) : value;
-        free(bytes);
-        differs = true;
-        return out;
-    }
-    if (encoding == CWebStepCustomRequest::BODY_UNICODE) {
-        const icu::UnicodeString text(value.c_str(), static_cast<int32_t>(value.size()), "");
-        MString out;
-        for (int32_t i = 0; i < text.length(); ++i) {
-            const char16_t unit = text.charAt(i);
-            out += static_cast<char>(unit & 0xFF);
-            out += static_cast<char>(unit >> 8);
-        }
-        differs = true;
-        return out;
-    }
-    return value;
 }
 
 OrderedJson TargetJson(const StepTarget& target, const char* kind, const MString& document) {
@@ -597,97 +526,56 @@ bool CInspector::ResolveForm(CWebStepSubmitForm& step, OrderedJson& entry, CURLP
         fallBack();
         return false;
     }
-    StepTarget target;
-    MString why;
-    if (!CStepResolver::FindForm(*m_Page.tree, step.GetAttributes(), step.GetHiddens(), target,
-                                 why)) {
-        Unresolved(entry, why + " in " + m_Page.where);
+    PlanOptions options;
+    options.keepReferences = true;
+    const FormPlan plan = CRequestPlanner::SubmitForm(step, *m_Page.tree, options);
+    if (!plan.found) {
+        Unresolved(entry, plan.why + " in " + m_Page.where);
         fallBack();
         return false;
     }
-    CForm form(target.node->GetTree(), target.form, true, target.node->GetFrameName());
+    const StepTarget& target = plan.target;
     OrderedJson json = TargetJson(target, "form", ShownFile(target.node->GetSnapshotFileName()));
     if (json["document"].get<std::string>().empty())
         json["document"] = JsonText(MString(m_Page.file));
     json["index"] = target.formIndex + 1;
-    json["action"] = JsonText(form.GetActionUrl());
+    json["action"] = JsonText(plan.action);
     entry["target"] = json;
 
-    CDataSet& data = step.GetDataSet();
-    OrderedJson dataJson{{"items", data.GetNumElements()}};
-    const bool fits = form.CheckAgainstDataSet(&data);
-    dataJson["fits"] = fits;
-    if (!fits) {
-        // The first item that a growing prefix of the data cannot place.
-        CDataSet prefix;
-        const CData* misfit = nullptr;
-        size_t index = 0;
-        for (CData* item : data.DataElements().GetList()) {
-            ++index;
-            prefix.AddData(item);
-            if (!form.CheckAgainstDataSet(&prefix)) {
-                misfit = item;
-                break;
-            }
-        }
-        prefix.ClearDataReferences();
-        if (misfit != nullptr) {
-            size_t named = 0;
-            for (const CFormField* field : form.GetFields())
-                if (field->GetName() == misfit->GetName())
-                    ++named;
-            std::string reason;
-            if (named == 0)
-                reason = "the form has no field named \"" + misfit->GetName() + "\"";
-            else if (IsParameter(misfit->GetValue()))
-                reason = "the field \"" + misfit->GetName() + "\" accepts only some values; " +
-                         misfit->GetValue() + " is a parameter, decided at run time";
-            else
-                reason = "the field \"" + misfit->GetName() + "\" refuses the value \"" +
-                         misfit->GetValue() + "\"" +
-                         (named > 1 ? " (or has no further field of that name)" : "");
-            dataJson["misfit"] = OrderedJson{{"item", index},
-                                             {"name", JsonText(misfit->GetName())},
-                                             {"value", JsonText(misfit->GetValue())},
-                                             {"reason", JsonText(reason)}};
-            Unresolved(entry, "item " + std::to_string(index) + " does not fit: " + reason);
+    OrderedJson dataJson{{"items", plan.items}, {"fits", plan.fits}};
+    if (!plan.fits) {
+        if (plan.misfitItem != 0) {
+            dataJson["misfit"] = OrderedJson{{"item", plan.misfitItem},
+                                             {"name", JsonText(plan.misfitName)},
+                                             {"value", JsonText(plan.misfitValue)},
+                                             {"reason", JsonText(plan.reason)}};
+            Unresolved(entry,
+                       "item " + std::to_string(plan.misfitItem) + " does not fit: " + plan.reason);
         } else {
-            Unresolved(entry, "the data does not fit the form");
+            Unresolved(entry, plan.reason);
         }
     }
     entry["data"] = dataJson;
     url = target.url;
-    const bool post = form.GetAttributes().ReportByKey(CForm::KeyMethod, false) == "POST";
-    OrderedJson request{{"method", post ? "POST" : "GET"}};
-    if (fits) {
-        form.SetToDataSet(&data);
-        MString body, boundary;
-        form.GetSubmitArgs(body, boundary);
-        if (form.GetEncoding() != ENCTYPE_MULTIPART)
-            body = KeepParameterReferences(body);
-        if (!post && url.IsValid()) {
-            const MString full = url.GetFullURL() + "?" + body;
-            CURLParser queried(full.c_str());
+    OrderedJson request{{"method", plan.request.method}};
+    if (plan.fits && url.IsValid()) {
+        if (plan.request.method == "GET") {
+            CURLParser queried(plan.request.url.c_str());
             if (queried.IsValid())
                 url = queried;
-            request["url"] = JsonText(full);
+            request["url"] = JsonText(plan.request.url);
         } else {
             request["url"] = UrlJson(url);
-        }
-        if (post) {
-            request["content_type"] = boundary.empty()
-                                          ? MString("application/x-www-form-urlencoded")
-                                          : "multipart/form-data; boundary=" + boundary;
-            request["body"] = JsonText(body);
+            request["content_type"] = JsonText(plan.request.contentType);
+            request["body"] = JsonText(plan.request.body);
         }
     } else {
         request["url"] = UrlJson(url);
     }
     entry["request"] = request;
     if (!url.IsValid())
-        Unresolved(entry,
-                   "the form's action \"" + form.GetActionUrl() + "\" gives no absolute URL");
-    return fits && url.IsValid();
+        Unresolved(entry, "the form's action \"" + plan.action + "\" gives no absolute URL");
+    return plan.fits && url.IsValid();
 }
 
 OrderedJson CInspector::InspectCall(const ScriptCall& call) {

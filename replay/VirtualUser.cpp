@@ -15,13 +15,13 @@
 #include "webstep/forms/Form.h"
 #include "webstep/forms/Resource.h"
 #include "webstep/forms/StepResolver.h"
-#include "webstep/foundation/BinaryDataHandler.h"
 #include "webstep/html/HTMLForm.h"
 #include "webstep/html/HTMLLink.h"
 #include "webstep/html/HTMLObject.h"
 #include "webstep/replay/CookieJar.h"
 #include "webstep/replay/Credentials.h"
 #include "webstep/replay/Registration.h"
+#include "webstep/replay/RequestPlanner.h"
 #include "webstep/script/ScriptReader.h"
 #include "webstep/steps/WebStepError.h"
 #include "webstep/steps/WebSteps.h"
@@ -100,68 +100,6 @@ TransactionRecord::Status StatusOf(const std::string& text, bool& automatic) {
         return TransactionRecord::Status::Stop;
     automatic = true;
     return TransactionRecord::Status::Pass;
-}
-
-// The bytes a body part of a custom request sends: binary parts decoded from
-// their escapes; Unicode parts as UTF-16LE of their UTF-8 text.
-std::string WireBytes(const CWebStepCustomRequest::tag_BodyAndEncoding& part,
-                      const std::string& folder) {
-    switch (part.encoding) {
-        case CWebStepCustomRequest::BODY_BINARY: {
-            char* bytes = nullptr;
-            const int length =
-                CBinaryDataHandler::ConvertAsciiToBinary(part.value.c_str(), &bytes, true);
-            std::string out =
-                length >= 0 && bytes ? std::string(bytes, static_cast<size_t>(length)) : part.value;
-            free(bytes);
-            return out;
-        }
-        case CWebStepCustomRequest::BODY_UNICODE: {
-            std::string out;
-            const std::string& in = part.value;
-            for (std::size_t i = 0; i < in.size();) {
-                unsigned char c = static_cast<unsigned char>(in[i]);
-                unsigned cp = c;
-                std::size_t extra = c < 0x80 ? 0 : (c >> 5) == 6 ? 1 : (c >> 4) == 14 ? 2 : 3;
-                if (extra > 0) {
-                    cp = c & (0x3F >> extra);
-                    for (std::size_t k = 1; k <= extra && i + k < in.size(); ++k)
-                        cp = (cp << 6) | (static_cast<unsigned char>(in[i + k]) & 0x3F);
-                }
-                i += extra + 1;
-                auto unit = [&out](unsigned u) {
-                    out += static_cast<char>(u & 0xFF);
-                    out += static_cast<char>((u >> 8) & 0xFF);
-                };
-                if (cp >= 0x10000) {
-                    cp -= 0x10000;
-                    unit(0xD800 + (cp >> 10));
-                    unit(0xDC00 + (cp & 0x3FF));
-                } else {
-                    unit(cp);
-                }
-            }
-            return out;
-        }
-        case CWebStepCustomRequest::BODY_VARIABLE:
-            if (strcasecmp(part.attributeName.c_str(), "BodyFilePath") == 0) {
-                std::ifstream in(std::filesystem::path(folder) / part.value, std::ios::binary);
-                if (in)
-                    return std::string(std::istreambuf_iterator<char>(in),
-                                       std::istreambuf_iterator<char>());
-            }
-            return std::string();
-        default:
-            return part.value;
-    }
-}
-
-std::string RandomBoundary(std::mt19937_64& random) {
-    static const char digits[] = "0123456789abcdefghijklmnopqrstuvwxyz";
-    std::string boundary = "----webstep";
-    for (int i = 0; i < 16; ++i)
-        boundary += digits[random() % 36];
-    return boundary;
 }
 
 // The href values of the style sheets a page links (<link rel="stylesheet">):
@@ -487,84 +425,54 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
         // The step's Referer wins; an empty one sends none.
         referer = contextless->GetReferer();
     }
+    PlanOptions options;
+    options.leftBrace = m_folder.Description().LeftBrace();
+    options.rightBrace = m_folder.Description().RightBrace();
+    options.folder = m_folder.Dir();
+    PlannedRequest planned;
     if (auto* data = dynamic_cast<CWebStepSubmitData*>(&step)) {
-        request.url = Absolute(data->GetAction());
-        if (request.url.empty()) {
+        const std::string action = Absolute(data->GetAction());
+        if (action.empty()) {
             Fail(record, "the Action \"" + data->GetAction() + "\" is not a valid address");
             return false;
         }
-        const bool get = strcasecmp(data->GetMethod().c_str(), "GET") == 0;
-        const bool multipart = Lower(data->GetEncType()).find("multipart/form-data") == 0;
-        request.method = get ? "GET" : "POST";
-        std::string body;
-        if (multipart && !get) {
-            const std::string boundary = RandomBoundary(m_random);
-            data->GetDataSet().CreateArgumentsFromData(boundary, false, body);
-            contentType = "multipart/form-data; boundary=" + boundary;
-        } else {
-            data->GetDataSet().CreateArgumentsFromData("", false, body);
-            contentType = "application/x-www-form-urlencoded";
-        }
-        if (get) {
-            if (!body.empty())
-                request.url += (request.url.find('?') == std::string::npos ? "?" : "&") + body;
-            contentType.clear();
-        } else {
-            request.body = body;
-        }
+        planned = CRequestPlanner::SubmitData(*data, action, options, m_random);
     } else if (auto* custom = dynamic_cast<CWebStepCustomRequest*>(&step)) {
-        request.url = Absolute(custom->GetUrl());
-        if (request.url.empty()) {
+        const std::string url = Absolute(custom->GetUrl());
+        if (url.empty()) {
             Fail(record, "the URL \"" + custom->GetUrl() + "\" is not a valid address");
             return false;
         }
-        const bool isUrl = dynamic_cast<CWebStepUrl*>(&step) != nullptr;
-        request.method = isUrl ? std::string("GET") : custom->GetMethod();
-        for (const auto& part : custom->GetBody())
-            request.body += WireBytes(part, m_folder.Dir());
-        if (custom->GetUseEncType() || !custom->GetEncType().empty())
-            contentType = custom->GetEncType();
-        else if (!request.body.empty())
-            contentType = "application/x-www-form-urlencoded";
+        bool exact = true;
+        planned = CRequestPlanner::CustomRequest(*custom, url, m_folder.Dir(), exact);
+        if (!exact)
+            record.warnings.push_back(
+                "a body variable of the step cannot be known here; it is sent empty");
     } else if (auto* form = dynamic_cast<CWebStepSubmitForm*>(&step)) {
         if (!m_page || m_page->GetTree() == nullptr) {
             Fail(record, "there is no page to find the form on (the previous step loaded none)");
             return false;
         }
-        StepTarget target;
-        MString why;
-        if (!CStepResolver::FindForm(*m_page, form->GetAttributes(), form->GetHiddens(), target,
-                                     why)) {
-            Fail(record, why + " on the page " + m_page->GetUrl().GetFullURLWithSearch());
+        FormPlan plan = CRequestPlanner::SubmitForm(*form, *m_page, options);
+        const std::string where = " on the page " + m_page->GetUrl().GetFullURLWithSearch();
+        if (!plan.found) {
+            Fail(record, plan.why + where);
             return false;
         }
-        CForm page(target.node->GetTree(), target.form, true, target.node->GetFrameName());
-        CDataSet& data = form->GetDataSet();
-        if (!page.CheckAgainstDataSet(&data)) {
-            Fail(record, "the step's items do not fit the form on the page " +
-                             m_page->GetUrl().GetFullURLWithSearch());
+        if (!plan.fits) {
+            Fail(record, "the step's items do not fit the form" + where +
+                             (plan.misfitItem != 0
+                                  ? ": item " + std::to_string(plan.misfitItem) + ", " + plan.reason
+                                  : std::string()));
             return false;
         }
-        page.SetToDataSet(&data);
-        MString body, boundary;
-        page.GetSubmitArgs(body, boundary);
-        if (!target.url.IsValid()) {
-            Fail(record, "the form's action \"" + page.GetActionUrl() + "\" gives no address");
+        if (plan.request.url.empty()) {
+            Fail(record, "the form's action \"" + plan.action + "\" gives no address");
             return false;
         }
-        request.url = StripFragment(target.url.GetFullURL());
-        request.frame = target.node->GetRelFrameId();
-        const bool post = page.GetAttributes().ReportByKey(CForm::KeyMethod, false) == "POST";
-        if (post) {
-            request.method = "POST";
-            request.body = body;
-            contentType = boundary.empty() ? std::string("application/x-www-form-urlencoded")
-                                           : "multipart/form-data; boundary=" + boundary;
-        } else {
-            request.method = "GET";
-            request.url += "?" + body;
-        }
-        referer = StripFragment(target.node->GetUrl().GetFullURLWithSearch());
+        planned = plan.request;
+        request.frame = plan.target.node->GetRelFrameId();
+        referer = StripFragment(plan.target.node->GetUrl().GetFullURLWithSearch());
     } else if (auto* context = dynamic_cast<CWebContextStep*>(&step)) {
         if (!m_page || m_page->GetTree() == nullptr) {
             Fail(record, "there is no page to find the link on (the previous step loaded none)");
@@ -594,6 +502,12 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
     } else {
         Fail(record, "this kind of step is not replayed");
         return false;
+    }
+    if (!planned.url.empty()) {
+        request.method = planned.method;
+        request.url = StripFragment(planned.url);
+        request.body = planned.body;
+        contentType = planned.contentType;
     }
     AddHeaders(request, referer);
     if (!contentType.empty())
