@@ -4,6 +4,7 @@
 
 #include "webstep/recording/ParameterSet.h"
 #include "webstep/recording/ScriptFolder.h"
+#include "webstep/replay/CompiledScript.h"
 #include "webstep/replay/RecordedTransport.h"
 #include "webstep/replay/UserClock.h"
 #include "webstep/replay/VirtualUser.h"
@@ -32,6 +33,10 @@ struct ReplayOptions {
     bool json = false;
     unsigned user = 1;
     std::uint64_t seed = 1;
+    // Read the step calls in order instead of running the folder's C.
+    bool noCompile = false;
+    double stepTimeout = 0;
+    std::vector<std::string> attributes;
 };
 
 // Request bodies and URLs in the text output are cut here.
@@ -375,14 +380,50 @@ int RunReplay(const ReplayOptions& options) {
     // The recording holds one pass through the run group: an offline replay
     // makes one iteration unless told otherwise.
     const unsigned iterations = options.iterations != 0 ? options.iterations : 1;
-    if (folder.HasDescription())
+    // A folder with a description runs its own C (loops, conditions, saved
+    // values used by the code); --no-compile reads the step calls in order.
+    bool scriptFailed = false;
+    if (folder.HasDescription() && !options.noCompile) {
+        CompiledScriptOptions compiled;
+        compiled.stepTimeout = options.stepTimeout;
+        compiled.seed = options.seed;
+        for (const std::string& attribute : options.attributes) {
+            const size_t equals = attribute.find('=');
+            if (equals == std::string::npos || equals == 0) {
+                std::cerr << "webstep replay: --attr takes NAME=VALUE, not \"" << attribute
+                          << "\"\n";
+                return 2;
+            }
+            compiled.identity.attributes[attribute.substr(0, equals)] =
+                attribute.substr(equals + 1);
+        }
+        CCompiledScript script;
+        FolderMessages compileMessages;
+        if (!script.Load(folder, compileMessages, compiled)) {
+            for (const FolderMessage& message : compileMessages)
+                std::cerr << message.Format() << '\n';
+            std::cerr << script.Error() << '\n';
+            return 2;
+        }
+        for (const FolderMessage& message : compileMessages)
+            notes << message.Format() << '\n';
+        const ScriptUserResult result = script.RunUser(user, clock, &printer, iterations);
+        if (result.ending == ScriptUserResult::Ending::Crashed ||
+            result.ending == ScriptUserResult::Ending::TimedOut ||
+            result.ending == ScriptUserResult::Ending::NotRun ||
+            result.ending == ScriptUserResult::Ending::Aborted) {
+            scriptFailed = true;
+            std::cerr << "webstep replay: " << result.message << '\n';
+        }
+    } else if (folder.HasDescription()) {
         user.Run(iterations);
-    else
+    } else {
         RunPlainFolder(user, folder, iterations);
+    }
     printer.ReportTransportMessages();
 
     const RecordedCounts& counts = transport.Counts();
-    const bool clean = user.FailedSteps() == 0 && counts.different == 0 &&
+    const bool clean = !scriptFailed && user.FailedSteps() == 0 && counts.different == 0 &&
                        counts.notRecorded == 0 && counts.unverified == 0;
     if (options.json) {
         OrderedJson summary{{"steps", user.Steps()},
@@ -439,6 +480,22 @@ void AddReplayCommand(CLI::App& app, int* exitCode) {
                      "the folder's run logic may ask for more).\n"
                      "  example: webstep replay --offline --iterations 2 examples/library-loans")
         ->type_name("N");
+    replay->add_flag("--no-compile", options->noCompile,
+                     "Read the step calls of the action files in order instead of compiling and "
+                     "running the folder's C (loops and conditions are then not run).\n  "
+                     "example: webstep replay --offline --no-compile examples/library-loans");
+    replay
+        ->add_option("--step-timeout", options->stepTimeout,
+                     "End the user when its script runs this many seconds without calling a "
+                     "step or runtime function (an endless loop); 0: no limit.\n  example: "
+                     "webstep replay --offline --step-timeout 30 examples/northfield-branches")
+        ->type_name("SECONDS")
+        ->check(CLI::NonNegativeNumber);
+    replay
+        ->add_option("--attr", options->attributes,
+                     "A NAME=VALUE the script reads with qz_get_attrib_string (repeatable).\n  "
+                     "example: webstep replay --offline --attr env=test examples/library-loans")
+        ->type_name("NAME=VALUE");
     replay->add_flag("--json", options->json,
                      "One JSON object per request on its own line, then a summary line.\n"
                      "  example: webstep replay --offline --json examples/library-loans | jq .url");

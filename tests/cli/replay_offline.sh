@@ -167,4 +167,17 @@ out=$("$tool" replay --offline "$work/empty" 2>&1); rc=$?
 set -e
 [ "$rc" -eq 2 ] || fail "a folder without recording exits with $rc, not 2"
 expect 'has no recording' "$out"
+# A folder with a description runs its compiled C by default; --no-compile
+# reads the step calls in order, with the same requests for library-loans.
+compiled=$(WEBSTEP_CACHE_DIR="$work/cache" "$tool" replay --offline --json examples/library-loans | tail -1)
+plain=$("$tool" replay --offline --json --no-compile examples/library-loans | tail -1)
+[ "$compiled" = "$plain" ] || fail "compiled and plain runs differ:
+$compiled
+$plain"
+expect '"recorded_same":15' "$compiled"
+set +e
+out=$("$tool" replay --offline --attr novalue examples/library-loans 2>&1); rc=$?
+set -e
+[ "$rc" -eq 2 ] || fail "--attr without = exits with $rc, not 2"
+expect 'NAME=VALUE' "$out"
 echo "replay_offline: ok"
