@@ -324,6 +324,13 @@ StepRecord CVirtualUser::Call(const std::string& function,
             EndTransaction(record.name, TransactionRecord::Status::Pass, true);
         return record;
     }
+    if (auto* rest = dynamic_cast<CWebStepRest*>(step)) {
+        record.navigation = true;
+        record.snapshot = SnapshotBase(rest->GetSnapshot());
+        Rest(*rest, record);
+        Finish(record);
+        return record;
+    }
     if (m_registrations->AddStep(*step, texts)) {
         Finish(record);
         return record;
@@ -746,7 +753,12 @@ void CVirtualUser::Navigate(CWebActionStep& step, StepRecord& record) {
             FetchResource(url, RequestRole::ExtraRes, "1", state, record);
         }
     }
-    // Registrations apply to what the step received, then are cleared.
+    ApplyRegistrations(state, record);
+    m_transport.EndStep();
+}
+
+// Registrations apply to what the step received, then are cleared.
+void CVirtualUser::ApplyRegistrations(StepState& state, StepRecord& record) {
     RegistrationLimits limits;
     limits.maxParamLength = m_maxParamLength;
     limits.continueOnError = m_continueOnError;
@@ -758,6 +770,49 @@ void CVirtualUser::Navigate(CWebActionStep& step, StepRecord& record) {
     record.notes.insert(record.notes.end(), report.notes.begin(), report.notes.end());
     if (report.failed)
         Fail(record, report.failure);
+}
+
+// web_rest: one request written as one call, with its own headers; the
+// answer leaves the page as it is.
+void CVirtualUser::Rest(CWebStepRest& step, StepRecord& record) {
+    StepState state;
+    state.snapshot = record.snapshot;
+    TransportStep info;
+    info.function = record.function;
+    info.name = record.name;
+    info.snapshot = record.snapshot;
+    info.number = ++m_navigationNumber;
+    m_transport.BeginStep(info);
+    HttpRequest request;
+    request.url = Absolute(step.GetUrl());
+    if (request.url.empty()) {
+        Fail(record, "the URL \"" + step.GetUrl() + "\" is not a valid address");
+    } else {
+        request.method = step.GetMethod();
+        for (char& c : request.method)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        request.body = step.GetBody();
+        request.frame = "1";
+        AddHeaders(request, m_page && m_page->GetUrl().IsValid()
+                                ? StripFragment(m_page->GetUrl().GetFullURLWithSearch())
+                                : std::string());
+        for (const auto& [name, value] : step.GetHeaders())
+            request.headers.push_back({name, value});
+        // EncType "raw" sends the body as it is, with the headers written.
+        const MString encType = step.GetEncType();
+        if (!encType.empty() && !EqualNoCase(encType, "raw") &&
+            request.Header("Content-Type") == nullptr)
+            request.headers.push_back({"Content-Type", encType});
+        std::string finalUrl;
+        HttpResponse response = Exchange(request, state, record, finalUrl);
+        if (response.status == 0)
+            Fail(record,
+                 "no answer for " + request.url + ": " +
+                     (response.error.empty() ? std::string("transport error") : response.error));
+        else if (response.status >= 400)
+            Fail(record, "HTTP status " + std::to_string(response.status) + " for " + finalUrl);
+    }
+    ApplyRegistrations(state, record);
     m_transport.EndStep();
 }
 

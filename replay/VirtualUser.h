@@ -33,6 +33,7 @@ class CCredentials;
 class CRegistrations;
 class CWebActionStep;
 class CWebStepData;
+class CWebStepRest;
 
 /// Who the user is and how it runs.
 struct WEBSTEP_API VirtualUserOptions {
@@ -117,6 +118,8 @@ private:
 
     void Service(CWebStepData& step, StepRecord& record);
     void Navigate(CWebActionStep& step, StepRecord& record);
+    void Rest(CWebStepRest& step, StepRecord& record);
+    void ApplyRegistrations(StepState& state, StepRecord& record);
     bool PrimaryRequest(CWebActionStep& step, StepState& state, StepRecord& record);
     HttpResponse Exchange(HttpRequest request, StepState& state, StepRecord& record,
                           std::string& finalUrl);

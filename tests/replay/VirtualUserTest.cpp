@@ -222,6 +222,29 @@ TEST_F(VirtualUserTest, CustomRequestBodies) {
     EXPECT_EQ(transport.sent.back().body, std::string("h\0\xE9\0", 4));
 }
 
+TEST_F(VirtualUserTest, RestStepSendsItsHeadersAndBodyAndSavesFromTheAnswer) {
+    User();
+    transport.Answer("http://h.org/", 200, kHome);
+    transport.Answer("http://h.org/api/quote", 200, "{\"id\":\"Q-7\"}",
+                     {{"Content-Type", "application/json"}});
+    Call("web_url", {"home", "URL=http://h.org/", "Mode=HTTP"});
+    Call("web_reg_save_param_json", {"ParamName=quote", "QueryString=$.id"});
+    StepRecord step = Call(
+        "web_rest", {"quote", "URL=/api/quote", "Method=post", "EncType=raw", "Body={\"cart\":1}",
+                     "HEADERS", "Name=Content-Type", "Value=application/json", "ENDHEADER"});
+    ASSERT_FALSE(step.failed) << step.message;
+    const HttpRequest& sent = transport.sent.back();
+    EXPECT_EQ(sent.method, "POST");
+    EXPECT_EQ(sent.url, "http://h.org/api/quote");
+    EXPECT_EQ(sent.body, "{\"cart\":1}");
+    ASSERT_NE(sent.Header("Content-Type"), nullptr);
+    EXPECT_EQ(*sent.Header("Content-Type"), "application/json");
+    ASSERT_EQ(step.saved.size(), 1u);
+    EXPECT_EQ(step.saved[0].second, "Q-7");
+    // The answer is not a page: the page stays.
+    EXPECT_EQ(user->Page()->GetUrl().GetFullURLWithSearch(), "http://h.org/");
+}
+
 TEST_F(VirtualUserTest, RedirectsBecomeGetOrKeepTheirMethod) {
     User();
     transport.Answer("http://h.org/login", 302, "", {{"Location", "/home"}});
