@@ -360,6 +360,9 @@ int RunReplay(const ReplayOptions& options) {
     VirtualUserOptions userOptions;
     userOptions.user = options.user;
     userOptions.seed = options.seed;
+    // A parameter whose value today differs from the recorded one still
+    // makes the request the script recorded.
+    userOptions.keepWrittenForm = true;
     CVirtualUser user(folder, parameters, transport, clock, userOptions);
     // Time parameters see the time of the recording (plus the time the
     // user has spent), printed as UTC, so that dates are the recorded ones.

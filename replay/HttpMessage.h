@@ -30,6 +30,13 @@ struct WEBSTEP_API HttpRequest {
     /// The relative frame id of the document it loads or belongs to ("1",
     /// "1.2"); empty for the step's request before its page is known.
     std::string frame;
+    /// The step's own request as the script writes it, parameter references
+    /// kept (when the user was asked to keep it and substitution changed
+    /// it): a comparison with a recording lets a reference match the value
+    /// that was recorded.
+    bool hasWrittenForm = false;
+    std::string writtenUrl;
+    std::string writtenBody;
 
     /// The value of the first header of that name (ASCII case ignored), or
     /// null.

@@ -166,6 +166,8 @@ private:
 
     void CloseStep();
     HttpResponse Answer(const HttpExchange& exchange) const;
+    RequestComparison CompareWithWrittenForm(const HttpRequest& request, const RequestText& sent,
+                                             const RequestText& recorded) const;
     bool AnswerFromFile(const HttpRequest& request, HttpResponse& response,
                         RecordedRequestCheck& check);
 

@@ -312,6 +312,7 @@ StepRecord CVirtualUser::Call(const std::string& function,
         return record;
     }
     CWebStepData* step = parsed.step.get();
+    m_writtenArguments = texts != arguments ? &arguments : nullptr;
     if (auto* action = dynamic_cast<CWebActionStep*>(step)) {
         record.navigation = true;
         record.snapshot = SnapshotBase(action->GetSnapshot());
@@ -519,6 +520,8 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
     AddHeaders(request, referer);
     if (!contentType.empty())
         request.headers.push_back({"Content-Type", contentType});
+    if (m_options.keepWrittenForm && m_writtenArguments != nullptr)
+        AddWrittenForm(step, record.function, request);
 
     std::string finalUrl;
     HttpResponse response = Exchange(request, state, record, finalUrl);
@@ -755,6 +758,58 @@ void CVirtualUser::Navigate(CWebActionStep& step, StepRecord& record) {
     }
     ApplyRegistrations(state, record);
     m_transport.EndStep();
+}
+
+// The step's request planned once more from the call as written, its
+// references kept, on the same page: a listing's form of the request.
+void CVirtualUser::AddWrittenForm(CWebActionStep& step, const std::string& function,
+                                  HttpRequest& request) {
+    std::vector<const char*> pointers;
+    for (const std::string& text : *m_writtenArguments)
+        pointers.push_back(text.c_str());
+    ParsedStep written = m_parser.Parse(function, pointers);
+    if (!written.ok)
+        return;
+    // An address that is not absolute as written keeps its references; the
+    // page's address is its base when it is relative.
+    const std::string& left = m_folder.Description().LeftBrace();
+    auto address = [this, &left](const std::string& text) {
+        // "{BaseUrl}/list" is absolute once substituted: it stays as written.
+        if (text.compare(0, left.size(), left) == 0)
+            return text;
+        std::string url = Absolute(text);
+        return url.empty() ? text : url;
+    };
+    PlanOptions options;
+    options.keepReferences = true;
+    options.leftBrace = m_folder.Description().LeftBrace();
+    options.rightBrace = m_folder.Description().RightBrace();
+    options.folder = m_folder.Dir();
+    PlannedRequest planned;
+    CWebStepData* parsed = written.step.get();
+    if (auto* data = dynamic_cast<CWebStepSubmitData*>(parsed)) {
+        // The written multipart body keeps the boundary of the one sent.
+        const std::string* type = request.Header("Content-Type");
+        const std::size_t at = type ? type->find("boundary=") : std::string::npos;
+        options.boundary = at != std::string::npos ? type->substr(at + 9) : std::string();
+        planned = CRequestPlanner::SubmitData(*data, address(data->GetAction()), options, m_random);
+    } else if (auto* custom = dynamic_cast<CWebStepCustomRequest*>(parsed)) {
+        bool exact = true;
+        planned = CRequestPlanner::CustomRequest(*custom, address(custom->GetUrl()), m_folder.Dir(),
+                                                 exact);
+    } else if (auto* form = dynamic_cast<CWebStepSubmitForm*>(parsed)) {
+        if (!m_page)
+            return;
+        FormPlan plan = CRequestPlanner::SubmitForm(*form, *m_page, options);
+        if (!plan.found || !plan.fits)
+            return;
+        planned = plan.request;
+    } else {
+        return;  // links and images are found on the page: nothing written to keep
+    }
+    request.hasWrittenForm = true;
+    request.writtenUrl = StripFragment(planned.url);
+    request.writtenBody = planned.body;
 }
 
 // Registrations apply to what the step received, then are cleared.

@@ -48,6 +48,10 @@ struct WEBSTEP_API VirtualUserOptions {
     /// is a warning). "[General] FailOnResourceErrors=1" in the settings
     /// turns it on as well.
     bool failOnResourceErrors = false;
+    /// Also plan each step's own request from the call as written (its
+    /// parameter references kept) and hand it along with the request, for
+    /// transports that compare with a recording.
+    bool keepWrittenForm = false;
 };
 
 /// What the user does after a call: go on, end the iteration (a step failed
@@ -120,6 +124,7 @@ private:
     void Navigate(CWebActionStep& step, StepRecord& record);
     void Rest(CWebStepRest& step, StepRecord& record);
     void ApplyRegistrations(StepState& state, StepRecord& record);
+    void AddWrittenForm(CWebActionStep& step, const std::string& function, HttpRequest& request);
     bool PrimaryRequest(CWebActionStep& step, StepState& state, StepRecord& record);
     HttpResponse Exchange(HttpRequest request, StepState& state, StepRecord& record,
                           std::string& finalUrl);
@@ -155,6 +160,8 @@ private:
     // Resources fetched in this iteration (the cache), by URL.
     std::map<std::string, bool> m_cache;
     std::vector<std::unique_ptr<OpenTransaction>> m_transactions;
+    // The arguments of the call being handled, as written.
+    const std::vector<std::string>* m_writtenArguments = nullptr;
 
     unsigned m_iteration = 1;
     bool m_iterationFailed = false;

@@ -26,14 +26,14 @@ $out"
 done
 
 # The run group of northfield-branches is random (one action per iteration):
-# the seeds walk every action. Each run is the recorded one, except the runs
-# through renew_all.c, whose loop (qz_save_string of each saved loan id)
-# needs the C runtime that the action reader does not have yet: its
-# renewal sends "loan=%7BloanId%7D" where the recording has "loan=L-51007".
+# the seeds walk every action, and every run is the recorded one. The folder's
+# C runs: renew_all.c's loop renews each saved loan id; the renewal was
+# recorded once, and the later ones are the same request because the loan id
+# is a parameter reference in the script (it matches the recorded value).
 seen=""
 for seed in 1 2 3 4 5 6 7 8 9 10 11 12; do
   set +e
-  "$tool" replay --offline --json --seed "$seed" examples/northfield-branches \
+  WEBSTEP_CACHE_DIR="$work/cache" "$tool" replay --offline --json --seed "$seed" examples/northfield-branches \
     > "$work/seed.jsonl" 2>/dev/null; rc=$?
   set -e
   files=$(python3 - "$work/seed.jsonl" <<'PY'
@@ -43,11 +43,10 @@ print(" ".join(sorted({r["file"] for r in lines[:-1]})))
 PY
 )
   seen="$seen $files"
-  case " $files " in *" renew_all.c "*) continue ;; esac
   [ "$rc" -eq 0 ] || fail "northfield-branches --seed $seed ($files): exit $rc
 $(grep -v '"recorded_same":true' "$work/seed.jsonl")"
 done
-for action in browse.c reserve.c my_loans.c; do
+for action in browse.c reserve.c my_loans.c renew_all.c; do
   grep -qw "$action" <<<"$seen" || fail "no seed ran $action: $seen"
 done
 

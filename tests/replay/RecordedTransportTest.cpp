@@ -321,6 +321,37 @@ TEST_F(RecordedTransportTest, ReferencesBetweenTheBracesMatchTheRecordedText) {
     EXPECT_EQ(transport.LastComparison()->references[0].second, "abc123");
 }
 
+TEST_F(RecordedTransportTest, AValueThatDiffersStillMatchesWhereTheScriptWritesAReference) {
+    Task renew;
+    renew.method = "POST";
+    renew.url = "https://lib.example/renew";
+    renew.requestBody = "loan=L-1&weeks=3";
+    Snapshot(1, {renew, renew});
+    Open();
+    HttpRequest sent =
+        Request("POST", "https://lib.example/renew", RequestRole::Primary, "loan=L-2&weeks=3");
+    // Without its form as written, the other loan is a difference.
+    transport.BeginStep(Step("t1"));
+    transport.Send(sent);
+    ASSERT_NE(transport.LastComparison(), nullptr);
+    EXPECT_FALSE(transport.LastComparison()->same);
+    // With it, the reference matches the recorded value and is named.
+    sent.hasWrittenForm = true;
+    sent.writtenUrl = "{BaseUrl}/renew";
+    sent.writtenBody = "loan={loanId}&weeks=3";
+    transport.Send(sent);
+    ASSERT_TRUE(transport.LastComparison()->same) << transport.LastComparison()->difference;
+    ASSERT_EQ(transport.LastComparison()->references.size(), 2u);
+    EXPECT_EQ(transport.LastComparison()->references[1].first, "loanId");
+    EXPECT_EQ(transport.LastComparison()->references[1].second, "L-1");
+    // The written form does not excuse a difference outside its references.
+    sent.writtenBody = "loan={loanId}&weeks=4";
+    transport.EndStep();
+    transport.BeginStep(Step("t1"));
+    transport.Send(sent);
+    EXPECT_FALSE(transport.LastComparison()->same);
+}
+
 TEST_F(RecordedTransportTest, AStepsOwnRequestToAnotherUrlIsComparedWithThePrimaryTask) {
     Task primary;
     primary.url = "https://lib.example/catalogue?page=1";

@@ -245,6 +245,27 @@ TEST_F(VirtualUserTest, RestStepSendsItsHeadersAndBodyAndSavesFromTheAnswer) {
     EXPECT_EQ(user->Page()->GetUrl().GetFullURLWithSearch(), "http://h.org/");
 }
 
+TEST_F(VirtualUserTest, TheWrittenFormKeepsTheReferencesOfTheCall) {
+    ScratchDir::Write(dir.File("default.cfg"), "[WEB]\n");
+    FolderMessages messages;
+    folder.Open(dir.path().string(), messages);
+    VirtualUserOptions options;
+    options.keepWrittenForm = true;
+    user = std::make_unique<CVirtualUser>(folder, parameters, transport, clock, options);
+    transport.Answer("http://h.org/r", 200, "ok", {{"Content-Type", "text/plain"}});
+    user->Parameters().SaveParameter("id", "L-2");
+    Call("web_submit_data", {"r", "Action=http://h.org/r", "Method=POST", "ITEMDATA", "Name=loan",
+                             "Value={id}", "ENDITEM"});
+    const HttpRequest& sent = transport.sent.back();
+    EXPECT_EQ(sent.body, "loan=L-2");
+    ASSERT_TRUE(sent.hasWrittenForm);
+    EXPECT_EQ(sent.writtenBody, "loan={id}");
+    EXPECT_EQ(sent.writtenUrl, "http://h.org/r");
+    // A call without references has no written form of its own.
+    Call("web_url", {"r", "URL=http://h.org/r"});
+    EXPECT_FALSE(transport.sent.back().hasWrittenForm);
+}
+
 TEST_F(VirtualUserTest, RedirectsBecomeGetOrKeepTheirMethod) {
     User();
     transport.Answer("http://h.org/login", 302, "", {{"Location", "/home"}});
