@@ -22,6 +22,8 @@
 #include "webstep/replay/Credentials.h"
 #include "webstep/replay/Registration.h"
 #include "webstep/replay/RequestPlanner.h"
+#include "webstep/replay/SaveParamRule.h"
+#include "webstep/forms/EscArgs.h"
 #include "webstep/script/ScriptReader.h"
 #include "webstep/steps/WebStepError.h"
 #include "webstep/steps/WebSteps.h"
@@ -374,6 +376,8 @@ void CVirtualUser::Service(CWebStepData& step, StepRecord& record) {
         m_transport.SetTimeout(timeout->GetTimeout());
     } else if (dynamic_cast<CWebStepCacheCleanup*>(&step) != nullptr) {
         m_cache.clear();
+    } else if (auto* convert = dynamic_cast<CWebStepConvertParam*>(&step)) {
+        ConvertParameter(*convert, record);
     } else if (auto* user = dynamic_cast<CWebStepSetUser*>(&step)) {
         if (!m_credentials->Set(user->GetUsername(), user->GetPassword(), user->GetHost(),
                                 user->GetPort()))
@@ -387,6 +391,62 @@ void CVirtualUser::Service(CWebStepData& step, StepRecord& record) {
             record.warnings.push_back("\"" + record.name + "\" is not a length; the limit stays " +
                                       std::to_string(m_maxParamLength));
     }
+}
+
+// web_convert_param: a saved value (or the step's SourceString) from one
+// encoding to another, saved under the parameter's name. HTML is text with
+// character references, URL is URL-encoded text, PLAIN and TEXT are the text
+// itself; other encodings (code pages) are left alone with a warning.
+void CVirtualUser::ConvertParameter(const CWebStepConvertParam& step, StepRecord& record) {
+    const std::string name = step.GetParamName();
+    std::string value = step.GetSourceString();
+    if (value.empty() && !m_parameters->GetSavedParameter(name, value) &&
+        !m_parameters->Evaluate(name, value)) {
+        Fail(record, "web_convert_param: the parameter \"" + name + "\" has no value to convert");
+        return;
+    }
+    auto is = [](const std::string& text, const char* word) {
+        return strcasecmp(text.c_str(), word) == 0;
+    };
+    const std::string from = step.GetSourceEncoding(), to = step.GetTargetEncoding();
+    const bool known = [&](const std::string& e) {
+        return is(e, "HTML") || is(e, "URL") || is(e, "PLAIN") || is(e, "TEXT");
+    }(from) && (is(to, "HTML") || is(to, "URL") || is(to, "PLAIN") || is(to, "TEXT"));
+    if (!known) {
+        record.warnings.push_back("web_convert_param: " + from + " to " + to +
+                                  " is not a conversion this user makes; the value is unchanged");
+        return;
+    }
+    if (is(from, "HTML"))
+        value = CSaveRule::DecodeHtml(value);
+    else if (is(from, "URL"))
+        UnEscArgs(value, nullptr);
+    if (is(to, "URL")) {
+        EscArgs(value, true);
+    } else if (is(to, "HTML")) {
+        std::string html;
+        for (char c : value) {
+            switch (c) {
+                case '&':
+                    html += "&amp;";
+                    break;
+                case '<':
+                    html += "&lt;";
+                    break;
+                case '>':
+                    html += "&gt;";
+                    break;
+                case '"':
+                    html += "&quot;";
+                    break;
+                default:
+                    html += c;
+            }
+        }
+        value = html;
+    }
+    m_parameters->SaveParameter(name, value);
+    record.saved.emplace_back(name, value);
 }
 
 std::string CVirtualUser::Absolute(const std::string& text) const {

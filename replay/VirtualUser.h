@@ -34,6 +34,7 @@ class CRegistrations;
 class CWebActionStep;
 class CWebStepData;
 class CWebStepRest;
+class CWebStepConvertParam;
 
 /// Who the user is and how it runs.
 struct WEBSTEP_API VirtualUserOptions {
@@ -123,6 +124,7 @@ private:
     void Service(CWebStepData& step, StepRecord& record);
     void Navigate(CWebActionStep& step, StepRecord& record);
     void Rest(CWebStepRest& step, StepRecord& record);
+    void ConvertParameter(const CWebStepConvertParam& step, StepRecord& record);
     void ApplyRegistrations(StepState& state, StepRecord& record);
     void AddWrittenForm(CWebActionStep& step, const std::string& function, HttpRequest& request);
     bool PrimaryRequest(CWebActionStep& step, StepState& state, StepRecord& record);

@@ -266,6 +266,22 @@ TEST_F(VirtualUserTest, TheWrittenFormKeepsTheReferencesOfTheCall) {
     EXPECT_FALSE(transport.sent.back().hasWrittenForm);
 }
 
+TEST_F(VirtualUserTest, ConvertParamChangesTheEncodingOfASavedValue) {
+    User();
+    user->Parameters().SaveParameter("p", "a&amp;b c");
+    StepRecord step = Call("web_convert_param", {"p", "SourceEncoding=HTML", "TargetEncoding=URL"});
+    ASSERT_FALSE(step.failed) << step.message;
+    MString value;
+    ASSERT_TRUE(user->Parameters().GetSavedParameter("p", value));
+    EXPECT_EQ(value, "a%26b+c");
+    Call("web_convert_param", {"p", "SourceEncoding=URL", "TargetEncoding=HTML"});
+    user->Parameters().GetSavedParameter("p", value);
+    EXPECT_EQ(value, "a&amp;b c");
+    StepRecord none =
+        Call("web_convert_param", {"nothing", "SourceEncoding=HTML", "TargetEncoding=URL"});
+    EXPECT_TRUE(none.failed);
+}
+
 TEST_F(VirtualUserTest, RedirectsBecomeGetOrKeepTheirMethod) {
     User();
     transport.Answer("http://h.org/login", 302, "", {{"Location", "/home"}});
