@@ -16,12 +16,14 @@ bool IsActionFile(const fs::path& path) {
     return path.extension() == ".c";
 }
 
-bool IsValidUtf8(const MString& text) {
+}  // namespace
+
+bool IsValidUtf8(const MString& text, bool allowNul) {
     size_t i = 0;
     const size_t n = text.size();
     while (i < n) {
         const unsigned char c = static_cast<unsigned char>(text[i]);
-        if (c == 0)
+        if (c == 0 && !allowNul)
             return false;
         size_t extra = 0;
         unsigned int cp = 0;
@@ -56,6 +58,8 @@ bool IsValidUtf8(const MString& text) {
     }
     return true;
 }
+
+namespace {
 
 std::string Escaped(const MString& text, size_t limit, bool quote) {
     static const char hex[] = "0123456789abcdef";

@@ -58,6 +58,10 @@ private:
 // detail (the index after the offending argument), or -1.
 int ErrorArgumentIndex(const ParsedStep& parsed);
 
+// Whether text is UTF-8 (no overlong forms, surrogates or values beyond
+// U+10FFFF), and without NUL bytes unless allowNul.
+bool IsValidUtf8(const MString& text, bool allowNul = false);
+
 // Script bytes for a terminal line: kept as they are when printable (bytes
 // from 0x80 pass unchanged, being text of the process code page), otherwise
 // quoted with C escapes; cut after limit bytes (0: no limit) with "...".
