@@ -56,7 +56,7 @@ extern "C" {
 #define SOURCES "SOURCES"               /* source files of web_js_run (items close with ENDITEM) */
 #define BEGIN_ARGUMENTS "BEGIN_ARGUMENTS" /* the arguments of web_service_call ... */
 #define END_ARGUMENTS "END_ARGUMENTS"
-#define BEGIN_RESULT "BEGIN_RESULT"     /* ... and its results */
+#define BEGIN_RESULT "BEGIN_RESULT" /* ... and its results */
 #define END_RESULT "END_RESULT"
 
 /* Values some steps take written bare. Define QZ_NO_BARE_VALUES to leave
@@ -233,8 +233,7 @@ int qz_free_parameter(const char* name);
  * occurrence of search in the first size bytes of buffer; 0, or -1 when
  * there is no such occurrence. */
 int qz_save_searched_string(const char* buffer, long size, unsigned int occurrence,
-                            const char* search, int offset, unsigned int length,
-                            const char* name);
+                            const char* search, int offset, unsigned int length, const char* name);
 /* Converts text from one character encoding to another and saves the
  * result as name; 0, or -1 with a message. Encodings are iconv names;
  * QZ_ENC_SYSTEM_LOCALE (null) is the locale's. */
@@ -245,10 +244,10 @@ int qz_convert_string_encoding(const char* text, const char* from, const char* t
                                const char* name);
 
 /* ---- Messages: printf-style; each returns the length sent, or -1. ---- */
-int qz_output_message(const char* format, ...);  /* level "output" */
-int qz_error_message(const char* format, ...);   /* level "error" */
-int qz_log_message(const char* format, ...);     /* level "log", unless the log is off */
-int qz_message(const char* format, ...);         /* level "message" */
+int qz_output_message(const char* format, ...);       /* level "output" */
+int qz_error_message(const char* format, ...);        /* level "error" */
+int qz_log_message(const char* format, ...);          /* level "log", unless the log is off */
+int qz_message(const char* format, ...);              /* level "message" */
 int qz_vuser_status_message(const char* format, ...); /* level "status" */
 /* The message classes: qz_set_debug_message(classes, QZ_SWITCH_ON) adds
  * them, QZ_SWITCH_OFF removes them; returns the classes now. With

@@ -73,20 +73,20 @@ std::string CParameterFormat::FormatInteger(std::string_view format, long long v
             continue;
         }
         char conversion = format[pos];
-        std::string spec = "%" + flags;
+        std::string conversionText = "%" + flags;
         if (hasWidth)
-            spec += std::to_string(width);
+            conversionText += std::to_string(width);
         if (hasPrecision)
-            spec += "." + std::to_string(precision);
+            conversionText += "." + std::to_string(precision);
         char buffer[2 * kMaxWidth + 32];
         int n;
         if (conversion == 'd' || conversion == 'i') {
-            spec += "lld";
-            n = std::snprintf(buffer, sizeof buffer, spec.c_str(), value);
+            conversionText += "lld";
+            n = std::snprintf(buffer, sizeof buffer, conversionText.c_str(), value);
         } else {
-            spec += "ll";
-            spec += conversion;
-            n = std::snprintf(buffer, sizeof buffer, spec.c_str(),
+            conversionText += "ll";
+            conversionText += conversion;
+            n = std::snprintf(buffer, sizeof buffer, conversionText.c_str(),
                               static_cast<unsigned long long>(value));
         }
         if (n > 0)
@@ -114,9 +114,9 @@ std::string CParameterFormat::FormatTime(std::string_view format, const std::tm&
         if (code == '%') {
             out += '%';
         } else if (code != '\0' && std::strchr(kCodes, code) != nullptr) {
-            char spec[3] = {'%', code, '\0'};
+            char conversionText[3] = {'%', code, '\0'};
             char buffer[128];
-            std::size_t n = std::strftime(buffer, sizeof buffer, spec, &time);
+            std::size_t n = std::strftime(buffer, sizeof buffer, conversionText, &time);
             out.append(buffer, n);
         } else {
             out += '%';

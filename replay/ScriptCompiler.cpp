@@ -356,13 +356,13 @@ bool CScriptCompiler::Compile(const CScriptFolder& folder, const ScriptCompileOp
         const fs::path header = entry / "include" / "webstep" / "runtime.h";
         bool written = WriteFile(header.string(), kRuntimeHeaderText);
         for (const auto& [name, include] : standIns) {
-            const fs::path stub = entry / "include" / name;
-            fs::create_directories(stub.parent_path(), error);
+            const fs::path standIn = entry / "include" / name;
+            fs::create_directories(standIn.parent_path(), error);
             written = written &&
-                      WriteFile(stub.string(), "/* Written by webstep: \"" + name +
-                                                   "\" is not in the script folder; the runtime "
-                                                   "header stands in for it. */\n"
-                                                   "#include <webstep/runtime.h>\n");
+                      WriteFile(standIn.string(), "/* Written by webstep: \"" + name +
+                                                      "\" is not in the script folder; the runtime "
+                                                      "header stands in for it. */\n"
+                                                      "#include <webstep/runtime.h>\n");
         }
         std::string unit =
             "/* Written by webstep: the action files of " + dir.string() + " as one unit. */\n";
