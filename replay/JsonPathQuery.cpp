@@ -242,18 +242,20 @@ private:
         return true;
     }
 
-    bool ParseOr(Expr& expr, int depth, std::string& error) {
+    // "||" and "&&" chains, left to right: operands come from next.
+    template <class Next>
+    bool ParseChain(Expr& expr, char symbol, Expr::Op op, Next next) {
         Expr left;
-        if (!ParseAnd(left, depth, error))
+        if (!next(left))
             return false;
         SkipSpaces();
-        while (Peek() == '|' && Peek(1) == '|') {
+        while (Peek() == symbol && Peek(1) == symbol) {
             m_Pos += 2;
             Expr right;
-            if (!ParseAnd(right, depth, error))
+            if (!next(right))
                 return false;
             Expr joined;
-            joined.op = Expr::Or;
+            joined.op = op;
             joined.a = std::make_shared<Expr>(std::move(left));
             joined.b = std::make_shared<Expr>(std::move(right));
             left = std::move(joined);
@@ -263,25 +265,14 @@ private:
         return true;
     }
 
+    bool ParseOr(Expr& expr, int depth, std::string& error) {
+        return ParseChain(expr, '|', Expr::Or,
+                          [&](Expr& operand) { return ParseAnd(operand, depth, error); });
+    }
+
     bool ParseAnd(Expr& expr, int depth, std::string& error) {
-        Expr left;
-        if (!ParseUnary(left, depth, error))
-            return false;
-        SkipSpaces();
-        while (Peek() == '&' && Peek(1) == '&') {
-            m_Pos += 2;
-            Expr right;
-            if (!ParseUnary(right, depth, error))
-                return false;
-            Expr joined;
-            joined.op = Expr::And;
-            joined.a = std::make_shared<Expr>(std::move(left));
-            joined.b = std::make_shared<Expr>(std::move(right));
-            left = std::move(joined);
-            SkipSpaces();
-        }
-        expr = std::move(left);
-        return true;
+        return ParseChain(expr, '&', Expr::And,
+                          [&](Expr& operand) { return ParseUnary(operand, depth, error); });
     }
 
     bool ParseUnary(Expr& expr, int depth, std::string& error) {
