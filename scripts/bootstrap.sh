@@ -5,4 +5,4 @@ set -euo pipefail
 exec bash "$(dirname "$0")/install-packages.sh" \
   cmake g++ make flex libfl-dev libicu-dev libgtest-dev libgmock-dev libbenchmark-dev \
   nlohmann-json3-dev libcli11-dev libexpat1-dev libxml2-dev pkg-config media-types help2man \
-  libcurl4-openssl-dev
+  libcurl4-openssl-dev nghttp2-server
