@@ -67,6 +67,8 @@ public:
     const CRunTimeSettings& Web() const { return m_web; }
     CRunTimeSettings& Web() { return m_web; }
     const ThinkTimeSettings& ThinkTime() const { return m_thinkTime; }
+    /// Replaces the think-time settings (a load run's override).
+    void SetThinkTime(const ThinkTimeSettings& thinkTime) { m_thinkTime = thinkTime; }
     const PacingSettings& Pacing() const { return m_pacing; }
     const LogSettings& Log() const { return m_log; }
     /// "NumOfIterations" of "[Iterations]"; 0 when the file does not say.

@@ -451,7 +451,7 @@ ScriptUserResult CCompiledScript::RunUser(CVirtualUser& user, CUserClock& clock,
     user.EndIteration();
     runtime.EndIteration();
     runtime.TransactionStarts().clear();
-    for (unsigned i = 1; i <= count && !fatal && !endUser; ++i) {
+    for (unsigned i = 1; i <= count && !fatal && !endUser && !user.StopRequested(); ++i) {
         const double start = clock.Now();
         const std::size_t failedBefore = user.FailedSteps();
         runtime.SetExitFailed(false);
@@ -459,20 +459,25 @@ ScriptUserResult CCompiledScript::RunUser(CVirtualUser& user, CUserClock& clock,
         ++result.iterations;
         bool iterationFailed = false;
         runGroup(m_folder->RunLogic().Run(), iterationFailed);
-        if (iterationFailed || user.FailedSteps() > failedBefore)
+        const bool thisFailed = iterationFailed || fatal || user.FailedSteps() > failedBefore;
+        if (thisFailed)
             ++result.failedIterations;
-        if (fatal)
+        if (fatal) {
+            user.IterationEnded(i, true);
             break;
+        }
         user.EndIteration();
         runtime.EndIteration();
         runtime.TransactionStarts().clear();
+        user.IterationEnded(i, thisFailed);
         if (runtime.Pending() == ScriptLeave::ExitUserAfterIteration)
             endUser = true;
-        if (!endUser && i < count)
+        if (!endUser && i < count && !user.StopRequested())
             clock.Sleep(m_folder->Settings().Pacing().Wait(clock.Now() - start, random));
     }
     if (!fatal) {
         bool ignored = false;
+        user.EnterEndAction();
         runGroup(m_folder->RunLogic().End(), ignored);
         if (!fatal) {
             user.EndIteration();

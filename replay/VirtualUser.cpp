@@ -257,6 +257,17 @@ void CVirtualUser::Finish(StepRecord& record) {
 StepRecord CVirtualUser::Call(const std::string& function,
                               const std::vector<std::string>& arguments, const std::string& file,
                               unsigned line) {
+    StepRecord record = CallOnce(function, arguments, file, line);
+    // A stop request ends the user once the call is done (its end action
+    // runs whole).
+    if (m_next == UserNext::Continue && !m_inEndAction && StopRequested())
+        m_next = UserNext::EndUser;
+    return record;
+}
+
+StepRecord CVirtualUser::CallOnce(const std::string& function,
+                                  const std::vector<std::string>& arguments,
+                                  const std::string& file, unsigned line) {
     StepRecord record;
     record.function = function;
     record.file = file;
@@ -1028,18 +1039,22 @@ void CVirtualUser::Run(unsigned iterations) {
     BeginIteration(1);
     runGroup(m_folder.RunLogic().Init());
     EndIteration();
-    for (unsigned i = 1; i <= count && m_next != UserNext::EndUser; ++i) {
+    for (unsigned i = 1; i <= count && m_next != UserNext::EndUser && !StopRequested(); ++i) {
         const double start = m_clock.Now();
+        const std::size_t failedBefore = m_failedSteps;
         BeginIteration(i);
         runGroup(m_folder.RunLogic().Run());
+        const bool failed = m_iterationFailed || m_failedSteps > failedBefore;
         EndIteration();
+        IterationEnded(i, failed);
         if (m_next == UserNext::EndUser)
             break;
         m_next = UserNext::Continue;
-        if (i < count)
+        if (i < count && !StopRequested())
             m_clock.Sleep(m_folder.Settings().Pacing().Wait(m_clock.Now() - start, m_random));
     }
     m_next = UserNext::Continue;
+    EnterEndAction();
     runGroup(m_folder.RunLogic().End());
     EndIteration();
 }

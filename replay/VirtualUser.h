@@ -11,11 +11,14 @@
 //
 // A user belongs to one thread. Users share nothing mutable but the parameter
 // set's register of unique blocks.
+#include <atomic>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "webstep/context/ContextTree.h"
@@ -96,6 +99,24 @@ public:
     /// (0: the folder's count) with pacing between them, end once.
     void Run(unsigned iterations = 0);
 
+    /// Asks the user to stop (thread-safe, lock-free: any thread may call
+    /// it). After the call in progress the user leaves its iteration (a
+    /// compiled script jumps out at its next runtime call, as for a failed
+    /// step), begins no new one, runs its end action whole and ends.
+    void RequestStop() { m_stopRequested.store(true, std::memory_order_relaxed); }
+    bool StopRequested() const { return m_stopRequested.load(std::memory_order_relaxed); }
+    /// The end action begins: a stop request no longer cuts calls short.
+    void EnterEndAction() { m_inEndAction = true; }
+    /// Told after each iteration of the run group, with its number and
+    /// whether it failed (a load run reports iterations as they end).
+    void SetIterationListener(std::function<void(unsigned, bool)> listener) {
+        m_iterationListener = std::move(listener);
+    }
+    void IterationEnded(unsigned iteration, bool failed) {
+        if (m_iterationListener)
+            m_iterationListener(iteration, failed);
+    }
+
     /// Transactions. The status given to EndTransaction: "auto" passes unless
     /// a step inside failed; "pass" and "fail" force it; "stop" ends it
     /// without a status.
@@ -121,6 +142,8 @@ private:
     struct OpenTransaction;
     struct StepState;
 
+    StepRecord CallOnce(const std::string& function, const std::vector<std::string>& arguments,
+                        const std::string& file, unsigned line);
     void Service(CWebStepData& step, StepRecord& record);
     void Navigate(CWebActionStep& step, StepRecord& record);
     void Rest(CWebStepRest& step, StepRecord& record);
@@ -174,4 +197,7 @@ private:
     UserNext m_next = UserNext::Continue;
     unsigned m_navigationNumber = 0;
     std::size_t m_stepCount = 0, m_failedSteps = 0, m_requestCount = 0;
+    std::atomic<bool> m_stopRequested{false};
+    bool m_inEndAction = false;
+    std::function<void(unsigned, bool)> m_iterationListener;
 };
