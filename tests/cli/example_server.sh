@@ -36,7 +36,7 @@ start() {
   TMPDIR="$work/tmp-$name" python3 "$server" --port 0 "$@" >"$work/$name.out" 2>"$work/$name.err" &
   pid=$!
   pids+=("$pid")
-  for i in $(seq 200); do
+  for i in $(seq 600); do
     grep -q . "$work/$name.out" 2>/dev/null && break
     kill -0 "$pid" 2>/dev/null || fail "$name: the server ended at start: $(cat "$work/$name.err")"
     sleep 0.05
@@ -334,7 +334,19 @@ out=$(python3 "$server" --patrons "$work/bad.dat" 2>&1); rc=$?
 set -e
 [ "$rc" -ne 0 ] && grep -q 'expected a header naming the columns card and pin' <<<"$out" ||
   fail "a table without card and pin: exit $rc: $out"
-start busy
+# --strict-cards: the card and the PIN of one row, not the PIN alone.
+start busy --strict-cards
+s=$work/s.jar
+req "$s" "http://127.0.0.1:$port/"
+token=$(token_of)
+req "$s" -d "csrf=$token&card=29000012345678&pin=5582" "http://127.0.0.1:$port/signin"
+expect_answer "403 $PLAIN" "--strict-cards: the card of row 1 with the PIN of row 2"
+req "$s" -d "csrf=$token&card=29000087654321&pin=5582" "http://127.0.0.1:$port/signin"
+expect_answer "302 $HTML" "--strict-cards: card and PIN of row 2"
+# HEAD: the headers of GET without the body.
+curl -sS -I "http://127.0.0.1:$port/hours" >"$work/head.txt"
+grep -q '^HTTP/1.1 200' "$work/head.txt" && grep -qi '^Content-Length: [1-9]' "$work/head.txt" ||
+  fail "HEAD: $(cat "$work/head.txt")"
 set +e
 out=$(timeout 10 python3 "$server" --port "$port" 2>&1); rc=$?
 set -e
