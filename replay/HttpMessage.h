@@ -30,6 +30,10 @@ struct WEBSTEP_API HttpRequest {
     /// The relative frame id of the document it loads or belongs to ("1",
     /// "1.2"); empty for the step's request before its page is known.
     std::string frame;
+    /// The snapshot file name the context tree gives the document this
+    /// request loads ("t4.html", "t4f1.html"); empty for resources. A
+    /// transport answering from recorded files may look the page up by it.
+    std::string document;
     /// The step's own request as the script writes it, parameter references
     /// kept (when the user was asked to keep it and substitution changed
     /// it): a comparison with a recording lets a reference match the value

@@ -51,6 +51,16 @@ ExchangeOrigin OriginOf(RequestRole role) {
 }
 
 // A content type for a resource file, from its extension.
+// "t4f1.html" gives "t4f1".
+std::string FileStem(const std::string& name) {
+    const std::size_t slash = name.find_last_of("/\\");
+    std::string stem = slash == std::string::npos ? name : name.substr(slash + 1);
+    const std::size_t dot = stem.rfind('.');
+    if (dot != std::string::npos && dot != 0)
+        stem.erase(dot);
+    return stem;
+}
+
 std::string GuessContentType(const std::string& fileName) {
     static const std::pair<const char*, const char*> types[] = {
         {"htm", "text/html"},         {"html", "text/html"},
@@ -204,25 +214,44 @@ HttpResponse CRecordedTransport::Answer(const HttpExchange& exchange) const {
 
 bool CRecordedTransport::AnswerFromFile(const HttpRequest& request, HttpResponse& response,
                                         RecordedRequestCheck& check) {
-    const CSnapshotInfo* description = m_step ? m_step->description : nullptr;
-    if (description == nullptr)
+    if (!m_step)
         return false;
+    const CSnapshotInfo* description = m_step->description;
     const SnapshotPage* found = nullptr;
-    for (const SnapshotPage& page : description->Pages()) {
-        if (page.url.empty() || !page.file.Named() || page.file.missing)
-            continue;
-        if (SameUrl(request.url, page.url, std::string(), std::string())) {
-            found = &page;
-            break;
+    if (description != nullptr)
+        for (const SnapshotPage& page : description->Pages()) {
+            if (page.url.empty() || !page.file.Named() || page.file.missing)
+                continue;
+            if (SameUrl(request.url, page.url, std::string(), std::string())) {
+                found = &page;
+                break;
+            }
         }
-    }
     // A step recorded without an XML file: its document answers the step's
     // own request, whatever its address.
     const bool first = m_step->sent == 1 && request.role == RequestRole::Primary;
-    if (found == nullptr && first && !m_step->hasXml) {
+    if (found == nullptr && first && !m_step->hasXml && description != nullptr) {
         const SnapshotPage* document = description->Document();
         if (document != nullptr && document->file.Named() && !document->file.missing)
             found = document;
+    }
+    // Pages recorded without their addresses (older recordings, or files
+    // saved without a description): the document a request loads is found
+    // by the name its place in the page gives it ("t4f1.html"), as .html or
+    // .htm, in the description first.
+    const bool byName = !request.document.empty() &&
+                        ((first && !m_step->hasXml) || request.role == RequestRole::Frame);
+    if (found == nullptr && byName) {
+        const std::string stem = Lower(FileStem(request.document));
+        if (description != nullptr)
+            for (const SnapshotPage& page : description->Pages())
+                if (page.kind != SnapshotPage::Kind::Resource && page.file.Named() &&
+                    !page.file.missing && Lower(FileStem(page.file.name)) == stem) {
+                    found = &page;
+                    break;
+                }
+        if (found == nullptr)
+            return AnswerFromNamedFile(request, response, check);
     }
     if (found == nullptr)
         return false;
@@ -274,6 +303,28 @@ bool CRecordedTransport::AnswerFromFile(const HttpRequest& request, HttpResponse
     return true;
 }
 
+bool CRecordedTransport::AnswerFromNamedFile(const HttpRequest& request, HttpResponse& response,
+                                             RecordedRequestCheck& check) {
+    const std::string stem = FileStem(request.document);
+    for (const std::string& candidate : {request.document, stem + ".htm", stem + ".html"}) {
+        const std::optional<std::string> name = m_recording.FindFile(candidate);
+        std::string bytes;
+        FolderMessages ignored;
+        if (!name || !m_recording.ReadFileBytes(*name, bytes, ignored))
+            continue;
+        response = HttpResponse();
+        response.status = 200;
+        response.body = std::move(bytes);
+        response.responseBytes = response.body.size();
+        response.headers.push_back({"Content-Type", "text/html"});
+        check.source = RecordedRequestCheck::Source::File;
+        check.recorded = false;
+        check.where = "data/" + *name;
+        return true;
+    }
+    return false;
+}
+
 // The request as sent against the recorded one; when they differ and the
 // request comes with its form as written, that form's references may match
 // the recorded values (a parameter whose value today is not the recorded
@@ -281,14 +332,17 @@ bool CRecordedTransport::AnswerFromFile(const HttpRequest& request, HttpResponse
 RequestComparison CRecordedTransport::CompareWithWrittenForm(const HttpRequest& request,
                                                              const RequestText& sent,
                                                              const RequestText& recorded) const {
-    RequestComparison comparison = CompareRequests(sent, recorded, m_left, m_right);
-    if (comparison.same || !request.hasWrittenForm)
-        return comparison;
-    RequestText written = sent;
-    written.url = request.writtenUrl;
-    written.body = request.writtenBody;
-    RequestComparison again = CompareRequests(written, recorded, m_left, m_right);
-    return again.same ? again : comparison;
+    // The written form is compared first, so that a match names the
+    // references and the recorded values they stand for.
+    if (request.hasWrittenForm) {
+        RequestText written = sent;
+        written.url = request.writtenUrl;
+        written.body = request.writtenBody;
+        RequestComparison comparison = CompareRequests(written, recorded, m_left, m_right);
+        if (comparison.same)
+            return comparison;
+    }
+    return CompareRequests(sent, recorded, m_left, m_right);
 }
 
 HttpResponse CRecordedTransport::Send(const HttpRequest& request) {

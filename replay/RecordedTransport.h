@@ -22,7 +22,11 @@
 //     200, Content-Type from the description's ContentType for the
 //     document, guessed from the file's extension for the others);
 //  5. for a step recorded without an XML file, its document file answers
-//     the step's own request (older recordings);
+//     the step's own request (older recordings); a document the description
+//     does not give an address for (or a step without a description) is
+//     found by the name its place in the page gives it (HttpRequest's
+//     document, "t4f1.html", as .html or .htm), for the step's own request
+//     and its frames;
 //  6. otherwise "not recorded": status 404, the header
 //     "X-Webstep-Not-Recorded: 1", the body and error text "not recorded"
 //     (a 404 rather than a transport failure, so that the user goes on as it
@@ -166,6 +170,8 @@ private:
 
     void CloseStep();
     HttpResponse Answer(const HttpExchange& exchange) const;
+    bool AnswerFromNamedFile(const HttpRequest& request, HttpResponse& response,
+                             RecordedRequestCheck& check);
     RequestComparison CompareWithWrittenForm(const HttpRequest& request, const RequestText& sent,
                                              const RequestText& recorded) const;
     bool AnswerFromFile(const HttpRequest& request, HttpResponse& response,

@@ -28,6 +28,64 @@ struct WEBSTEP_API RequestRecord {
     unsigned iteration = 0;
 };
 
+/// What a context step picked on the page: the link, image or form, and the
+/// document it is in.
+struct WEBSTEP_API StepTargetRecord {
+    /// "link", "image" or "form"; empty when the step picked nothing.
+    std::string kind;
+    std::string text;
+    /// The address as the page writes it (links and images).
+    std::string href;
+    /// The document: the snapshot file name the context tree gives it
+    /// ("t4f1.html"), with its frame id and name when it is a frame.
+    std::string document;
+    std::string frameId;
+    std::string frameName;
+    bool inFrame = false;
+    /// Forms: their 1-based place on the page and their action as written.
+    int formIndex = 0;
+    std::string action;
+    /// Forms: the step's items and whether they fit the form; for an item
+    /// that does not, its 1-based place, name, value and why.
+    unsigned items = 0;
+    bool fits = true;
+    unsigned misfitItem = 0;
+    std::string misfitName;
+    std::string misfitValue;
+    std::string misfitReason;
+};
+
+/// The page a navigation step loaded, as the next steps see it.
+struct WEBSTEP_API PageRecord {
+    struct Frame {
+        std::string id;
+        std::string name;
+        /// The snapshot file name the context tree gives the frame.
+        std::string file;
+        bool loaded = false;
+        std::string url;
+    };
+    /// The step replaced the page or a frame of it (false: a resource or a
+    /// response that is not HTML left the page as it was, or the step sent
+    /// nothing).
+    bool changes = false;
+    /// Loaded into this frame of the current frameset rather than the
+    /// window.
+    bool intoFrame = false;
+    std::string frameId;
+    std::string frameName;
+    /// The snapshot file name the context tree gives the document.
+    std::string file;
+    /// The document came (false: the answer was an error or "not recorded").
+    bool loaded = false;
+    std::string url;
+    std::string title;
+    bool hasTitle = false;
+    int forms = 0;
+    int links = 0;
+    std::vector<Frame> frames;
+};
+
 /// How a step ended.
 struct WEBSTEP_API StepRecord {
     std::string function;
@@ -46,9 +104,29 @@ struct WEBSTEP_API StepRecord {
     std::vector<std::string> checks;
     std::vector<std::string> warnings;
     std::vector<std::string> notes;
-    /// The page the step left current, when it loaded one ("t3.htm" style
-    /// URL and title are in the notes); empty otherwise.
+    /// The URL of the page the step left current, when it loaded one; empty
+    /// otherwise.
     std::string page;
+
+    /// What was planned, for listings of a replay: the target picked on the
+    /// page, the page loaded, the parameter values the call's texts took
+    /// (name, value, in order of use), and for a call that does not parse
+    /// its error code and the labels and values it names.
+    StepTargetRecord target;
+    PageRecord pageLoaded;
+    std::vector<std::pair<std::string, std::string>> parameters;
+    /// The body of the step's own request as the script writes it, when it
+    /// differs from the bytes sent (binary parts in their escaped form).
+    bool hasShownBody = false;
+    std::string shownBody;
+    /// The step's EXTRARES items as absolute URLs, in order (each is
+    /// requested unless the page or the cache had it already).
+    std::vector<std::string> extraResources;
+    /// A request was planned and sent (false: the step failed before it).
+    bool planned = false;
+    bool parseFailed = false;
+    int errorCode = 0;
+    std::vector<std::pair<std::string, std::string>> errorAttributes;
 };
 
 /// One transaction that ended.

@@ -299,8 +299,11 @@ StepRecord CVirtualUser::CallOnce(const std::string& function,
     // step is parsed; the step name stays as written.
     std::vector<std::string> texts;
     texts.reserve(arguments.size());
+    CParameterContext::UsedValues used;
     for (std::size_t i = 0; i < arguments.size(); ++i)
-        texts.push_back(i == 0 ? arguments[i] : m_parameters->Substitute(arguments[i]));
+        texts.push_back(i == 0 ? arguments[i] : m_parameters->Substitute(arguments[i], &used));
+    for (auto& [name, value] : used)
+        record.parameters.emplace_back(std::move(name), std::move(value));
     record.name = argument(0);
     std::vector<const char*> pointers;
     pointers.reserve(texts.size());
@@ -320,12 +323,23 @@ StepRecord CVirtualUser::CallOnce(const std::string& function,
                               ": " + (english ? english : "unknown error");
         for (const auto& [label, value] : parsed.errorAttributes)
             message += " " + label + "=" + value;
+        record.parseFailed = true;
+        record.errorCode = static_cast<int>(parsed.errorCode);
+        record.errorAttributes.assign(parsed.errorAttributes.begin(), parsed.errorAttributes.end());
         Fail(record, message);
         Finish(record);
         return record;
     }
     CWebStepData* step = parsed.step.get();
-    m_writtenArguments = texts != arguments ? &arguments : nullptr;
+    // The call as written is kept when substitution changed it, and for
+    // listings also when a reference stayed as written (an unknown name), so
+    // that the request shows it unencoded.
+    const std::string& left = m_folder.Description().LeftBrace();
+    bool references = texts != arguments;
+    if (!references && m_options.keepWrittenForm && !left.empty())
+        for (std::size_t i = 1; i < arguments.size() && !references; ++i)
+            references = arguments[i].find(left) != std::string::npos;
+    m_writtenArguments = references ? &arguments : nullptr;
     if (auto* action = dynamic_cast<CWebActionStep*>(step)) {
         record.navigation = true;
         record.snapshot = SnapshotBase(action->GetSnapshot());
@@ -524,20 +538,33 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
         }
         bool exact = true;
         planned = CRequestPlanner::CustomRequest(*custom, url, m_folder.Dir(), exact);
+        // Listings show binary parts in their escaped form.
+        std::string shown = CRequestPlanner::CustomRequestShownBody(*custom);
+        if (shown != planned.body) {
+            record.hasShownBody = true;
+            record.shownBody = std::move(shown);
+        }
         if (!exact)
             record.warnings.push_back(
                 "a body variable of the step cannot be known here; it is sent empty");
     } else if (auto* form = dynamic_cast<CWebStepSubmitForm*>(&step)) {
-        if (!m_page || m_page->GetTree() == nullptr) {
-            Fail(record, "there is no page to find the form on (the previous step loaded none)");
+        if (!PageReady(record))
             return false;
-        }
         FormPlan plan = CRequestPlanner::SubmitForm(*form, *m_page, options);
         const std::string where = " on the page " + m_page->GetUrl().GetFullURLWithSearch();
         if (!plan.found) {
             Fail(record, plan.why + where);
             return false;
         }
+        DescribeTarget(plan.target, "form", record.target);
+        record.target.formIndex = plan.target.formIndex + 1;
+        record.target.action = plan.action;
+        record.target.items = static_cast<unsigned>(plan.items);
+        record.target.fits = plan.fits;
+        record.target.misfitItem = static_cast<unsigned>(plan.misfitItem);
+        record.target.misfitName = plan.misfitName;
+        record.target.misfitValue = plan.misfitValue;
+        record.target.misfitReason = plan.reason;
         if (!plan.fits) {
             Fail(record, "the step's items do not fit the form" + where +
                              (plan.misfitItem != 0
@@ -553,14 +580,13 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
         request.frame = plan.target.node->GetRelFrameId();
         referer = StripFragment(plan.target.node->GetUrl().GetFullURLWithSearch());
     } else if (auto* context = dynamic_cast<CWebContextStep*>(&step)) {
-        if (!m_page || m_page->GetTree() == nullptr) {
-            Fail(record, "there is no page to find the link on (the previous step loaded none)");
+        if (!PageReady(record))
             return false;
-        }
         StepTarget target;
         MString why;
         bool found = false;
-        if (auto* image = dynamic_cast<CWebStepImage*>(&step))
+        auto* image = dynamic_cast<CWebStepImage*>(&step);
+        if (image != nullptr)
             found = CStepResolver::FindImage(*m_page, context->GetAttributes(), image->GetX(),
                                              image->GetY(), target, why);
         else
@@ -569,6 +595,7 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
             Fail(record, why + " on the page " + m_page->GetUrl().GetFullURLWithSearch());
             return false;
         }
+        DescribeTarget(target, image != nullptr ? "image" : "link", record.target);
         if (!target.url.IsValid()) {
             Fail(record, "the link's address gives no absolute URL");
             return false;
@@ -594,6 +621,24 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
     if (m_options.keepWrittenForm && m_writtenArguments != nullptr)
         AddWrittenForm(step, record.function, request);
 
+    // Where the answer goes: a step aimed at a frame of the current frameset
+    // loads into that frame, any other into the window.
+    auto* contextless = dynamic_cast<CWebContextlessStep*>(&step);
+    MString targetFrame;
+    if (contextless != nullptr)
+        targetFrame = contextless->GetTargetFrame();
+    else if (auto* context = dynamic_cast<CWebContextStep*>(&step))
+        context->GetAttributes().GetAttribute("TargetFrame", targetFrame);
+    CContextTree* frame = nullptr;
+    if (m_page && !IsWindowTarget(targetFrame))
+        frame = CStepResolver::FindFrame(*m_page, targetFrame);
+    {
+        CContextTree fresh;
+        CContextTree& into = frame != nullptr ? *frame : fresh;
+        request.document = into.ComputeSnapshotFileName("", "text/html", state.snapshot, false);
+    }
+    record.planned = true;
+
     std::string finalUrl;
     HttpResponse response = Exchange(request, state, record, finalUrl);
     if (response.status == 0) {
@@ -607,9 +652,29 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
     if (response.status >= 400)
         Fail(record, "HTTP status " + std::to_string(response.status) + " for " + finalUrl);
 
-    // A resource request or a response that is not HTML leaves the page.
-    auto* contextless = dynamic_cast<CWebContextlessStep*>(&step);
+    // A resource request or a response that is not HTML leaves the page; an
+    // error answer that is not HTML leaves none, as a browser shows its own
+    // error page instead (the next context step then finds nothing to act
+    // on rather than a page that is gone).
     const bool resourceStep = contextless != nullptr && contextless->GetResource();
+    if (!resourceStep && response.status >= 400 && !IsHtml(response)) {
+        PageRecord& page = record.pageLoaded;
+        page.changes = true;
+        page.file = request.document;
+        page.url = finalUrl;
+        if (frame != nullptr) {
+            page.intoFrame = true;
+            page.frameId = frame->GetRelFrameId();
+            page.frameName = frame->GetFrameName();
+            frame->RemoveTree();
+            frame->PurgeChildren();
+        } else {
+            m_page = std::make_unique<CContextTree>();
+            m_page->SetUrl(CURLParser(finalUrl.c_str()));
+            m_page->ComputeSnapshotFileName("", "text/html", state.snapshot, false);
+        }
+        return true;
+    }
     if (resourceStep || !IsHtml(response)) {
         // An error answer has failed the step already; its content type is
         // no news.
@@ -619,23 +684,83 @@ bool CVirtualUser::PrimaryRequest(CWebActionStep& step, StepState& state, StepRe
                                       " came; the page stays as it was");
         return true;
     }
-    // A step aimed at a frame of the current frameset loads into that frame.
-    MString targetFrame;
-    if (contextless != nullptr)
-        targetFrame = contextless->GetTargetFrame();
-    else if (auto* context = dynamic_cast<CWebContextStep*>(&step))
-        context->GetAttributes().GetAttribute("TargetFrame", targetFrame);
-    CContextTree* frame = nullptr;
-    if (m_page && !IsWindowTarget(targetFrame))
-        frame = CStepResolver::FindFrame(*m_page, targetFrame);
     LoadDocument(finalUrl, response, state, record, frame);
+    CContextTree* loaded = frame != nullptr ? frame : m_page.get();
     const MString mode = contextless != nullptr ? contextless->GetMode() : MString();
-    if (!EqualNoCase(mode, "HTTP")) {
-        CContextTree* loaded = frame != nullptr ? frame : m_page.get();
-        if (loaded != nullptr)
-            FetchPageParts(*loaded, state, record, 0);
+    if (!EqualNoCase(mode, "HTTP") && loaded != nullptr)
+        FetchPageParts(*loaded, state, record, 0);
+    if (loaded != nullptr)
+        DescribePage(*loaded, frame != nullptr, request.document, record.pageLoaded);
+    return true;
+}
+
+bool CVirtualUser::PageReady(StepRecord& record) {
+    if (!m_page) {
+        Fail(record, "no navigation step before this one, so there is no page to act on");
+        return false;
+    }
+    if (m_page->GetTree() == nullptr) {
+        std::vector<CContextTree*> documents;
+        CStepResolver::Documents(*m_page, documents);
+        if (documents.empty()) {
+            Fail(record, "the previous navigation step loaded no page (" +
+                             m_page->GetUrl().GetFullURLWithSearch() + ")");
+            return false;
+        }
     }
     return true;
+}
+
+void CVirtualUser::DescribeTarget(const StepTarget& target, const char* kind,
+                                  StepTargetRecord& out) {
+    out.kind = kind;
+    out.text = target.text;
+    if (target.link != nullptr && target.link->url() != nullptr)
+        out.href = target.link->url();
+    if (target.node != nullptr) {
+        out.document = target.node->GetSnapshotFileName();
+        if (target.node->GetParent() != nullptr) {
+            out.inFrame = true;
+            out.frameId = target.node->GetRelFrameId();
+            out.frameName = target.node->GetFrameName();
+        }
+    }
+}
+
+void CVirtualUser::DescribePage(CContextTree& node, bool intoFrame, const std::string& file,
+                                PageRecord& out) {
+    out.changes = true;
+    out.intoFrame = intoFrame;
+    if (intoFrame) {
+        out.frameId = node.GetRelFrameId();
+        out.frameName = node.GetFrameName();
+    }
+    out.file = file;
+    out.url = node.GetUrl().IsValid() ? node.GetUrl().GetFullURLWithSearch() : MString();
+    CHTMLVParser* html = node.GetTree();
+    out.loaded = html != nullptr;
+    if (html == nullptr)
+        return;
+    out.hasTitle = html->title() != nullptr;
+    if (out.hasTitle)
+        out.title = html->title();
+    out.forms = html->nForms();
+    out.links = html->nLinks();
+    if (intoFrame)
+        return;
+    CContextTreeIterator it(&node);
+    for (CContextTree* child = it.GetNext(); child != nullptr; child = it.GetNext()) {
+        if (child == &node)
+            continue;
+        PageRecord::Frame frame;
+        frame.id = child->GetRelFrameId();
+        frame.name = child->GetFrameName();
+        frame.file = child->GetSnapshotFileName();
+        frame.loaded = child->GetTree() != nullptr;
+        if (child->GetUrl().IsValid())
+            frame.url = child->GetUrl().GetFullURLWithSearch();
+        out.frames.push_back(std::move(frame));
+    }
 }
 
 HttpResponse CVirtualUser::Exchange(HttpRequest request, StepState& state, StepRecord& record,
@@ -714,6 +839,7 @@ void CVirtualUser::LoadDocument(const std::string& url, const HttpResponse& resp
     } else {
         m_page = std::make_unique<CContextTree>();
         m_page->SetUrl(address);
+        m_page->ComputeSnapshotFileName("", "text/html", state.snapshot, false);
         m_page->SetTree(page);
         m_page->UpdateRelFrameId(nullptr);
         state.bodies[m_page.get()] = std::move(state.bodies[nullptr]);
@@ -728,11 +854,12 @@ void CVirtualUser::FetchPageParts(CContextTree& node, StepState& state, StepReco
     // Frames first, each placed in its slot of the tree and scanned.
     CStepResolver::PlaceFrames(
         node, state.snapshot,
-        [this, &state, &record](CContextTree& frame, const MString&) -> CHTMLVParser* {
+        [this, &state, &record](CContextTree& frame, const MString& name) -> CHTMLVParser* {
             const std::string url = StripFragment(frame.GetUrl().GetFullURLWithSearch());
             HttpRequest request;
             request.url = url;
             request.role = RequestRole::Frame;
+            request.document = name;
             request.frame = frame.GetRelFrameId();
             const CContextTree* parent = frame.GetParent();
             AddHeaders(request, parent ? StripFragment(parent->GetUrl().GetFullURLWithSearch())
@@ -824,6 +951,7 @@ void CVirtualUser::Navigate(CWebActionStep& step, StepRecord& record) {
                 if (absolute.IsValid())
                     url = StripFragment(absolute.GetFullURLWithSearch());
             }
+            record.extraResources.push_back(url);
             FetchResource(url, RequestRole::ExtraRes, "1", state, record);
         }
     }

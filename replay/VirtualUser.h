@@ -38,6 +38,7 @@ class CWebActionStep;
 class CWebStepData;
 class CWebStepRest;
 class CWebStepConvertParam;
+struct StepTarget;
 
 /// Who the user is and how it runs.
 struct WEBSTEP_API VirtualUserOptions {
@@ -161,6 +162,11 @@ private:
     void AddHeaders(HttpRequest& request, const std::string& referer);
     std::string Absolute(const std::string& text) const;
     void Fail(StepRecord& record, const std::string& message);
+    /// Fails the step when there is no page for a context step to act on.
+    bool PageReady(StepRecord& record);
+    static void DescribeTarget(const StepTarget& target, const char* kind, StepTargetRecord& out);
+    static void DescribePage(CContextTree& node, bool intoFrame, const std::string& file,
+                             PageRecord& out);
     void Finish(StepRecord& record);
     void Message(const std::string& level, const std::string& text);
 

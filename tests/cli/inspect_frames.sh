@@ -46,5 +46,5 @@ expect "      page into frame 1.2 \"main\": data/t3.html (0 forms, 0 links)"
 # The navigation frame is still there after the main frame changed twice.
 expect "      link \"Settings\" -> /app/settings in data/t1f0.html (frame 1.1 \"nav\")"
 expect "      page: data/t4.html \"Settings\" (0 forms, 0 links)"
-expect "NOT RESOLVED: the page has no frame named \"main\" in data/t4.html"
+expect "NOT RESOLVED: the page has no frame named \"main\" on the page http://intra.example.net/app/settings"
 echo ok

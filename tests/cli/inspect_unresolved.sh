@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
-# inspect says plainly what cannot be resolved (no page before, a page not
-# recorded, a link or form that is not there, an item the form refuses, a
-# call that does not parse, broken C) and goes on with the next step; usage
-# and I/O errors exit with 2; the progress line is for terminals only.
+# inspect lists what a replay against the recording plans and says plainly
+# what cannot be resolved (no page before, a page not recorded, a link or
+# form that is not there, an item the form refuses, a call that does not
+# parse, broken C) and goes on with the next step; a step that fails leaves
+# the page as it was; usage and I/O errors exit with 2; the progress line is
+# for terminals only.
 source "$(dirname "$0")/common.bash" "$@"
 dir=$work/shop
 mkdir -p "$dir/data"
@@ -19,7 +21,8 @@ Action()
 {
     web_url("start", "URL=http://shop.example.com/a/", "Snapshot=t1.inf", LAST);
     web_link("gone", "Text=Nowhere", "Snapshot=t2.inf", LAST);
-    web_link("after gone", "Text=Anything", "Snapshot=t9.inf", LAST);
+    web_link("after gone", "Text=Order", "Snapshot=t9.inf", LAST);
+    web_link("after missing", "Text=Anything", "Snapshot=t10.inf", LAST);
     web_url("order page", "URL=http://shop.example.com/a/order", "Snapshot=t3.inf", LAST);
     web_submit_form("buy", "Snapshot=t4.inf",
         ITEMDATA, "Name=colour", "Value=purple", ENDITEM, LAST);
@@ -72,20 +75,22 @@ order=$(grep '^== ' <<<"$out" | tr '\n' ' ')
 expect "settings: (none found: defaults)"
 expect "user agent: Microsoft Internet Explorer 4.0"
 expect "NOT RESOLVED: no navigation step before this one, so there is no page to act on"
-expect "NOT RESOLVED: no link with the text \"Nowhere\" in data/t1.html"
-expect "NOT RESOLVED: the page of the previous navigation step is not recorded (data/t2.html not found)"
-expect "page: data/t2.html not recorded (no such file)"
+expect "NOT RESOLVED: no link with the text \"Nowhere\" on the page http://shop.example.com/a/"
+# The step that failed sent nothing: the next one acts on the same page.
+expect "      link \"Order\" -> order in data/t1.html"
+expect "page: data/t9.html not recorded (no such file)"
+expect "NOT RESOLVED: the previous navigation step loaded no page (http://shop.example.com/a/order)"
 expect "form \"order\" (form 1, action \"/a/buy\") in data/t3.html"
-expect "NOT RESOLVED: item 1 does not fit: the field \"colour\" refuses the value \"purple\""
-expect "NOT RESOLVED: item 1 does not fit: the form has no field named \"size\""
+expect "NOT RESOLVED: the step's items do not fit the form on the page http://shop.example.com/a/order: item 1, the field \"colour\" refuses the value \"purple\""
+expect "NOT RESOLVED: the step's items do not fit the form on the page http://shop.example.com/a/order: item 1, the form has no field named \"size\""
 expect "does not parse: error 1000: "
-expect "action.c:13  warning: string literal not closed on its line"
-expect "action.c:14  web_url \"after broken\""
+expect "action.c:14  warning: string literal not closed on its line"
+expect "action.c:15  web_url \"after broken\""
 expect "      GET http://shop.example.com/after"
 # A GET submission of data sends it in the query, references as written.
 expect "      GET http://shop.example.com/a/find?q=red+shoes&sid={Sid}"
 expect "      image \"Shop logo\" -> / in data/t1.html"
-expect "NOT RESOLVED: the image \"banner.png\" is not inside a link in data/t1.html"
+expect "NOT RESOLVED: the image \"banner.png\" is not inside a link on the page http://shop.example.com/a/"
 
 # JSON tells the same.
 "$tool" inspect --json "$dir" > "$work/out.json" || true
@@ -93,7 +98,7 @@ python3 - "$work/out.json" <<'PY' || fail "JSON form"
 import json, sys
 d = json.load(open(sys.argv[1]))
 s = d["summary"]
-assert (s["not_parsed"], s["unresolved"], s["resolved"]) == (1, 6, 8), s
+assert (s["not_parsed"], s["unresolved"], s["resolved"]) == (1, 6, 9), s
 entries = [e for f in d["files"] for e in f["entries"]]
 buy = next(e for e in entries if e.get("name") == "buy")
 assert buy["data"]["fits"] is False
@@ -124,8 +129,8 @@ set -e
 grep -qF 'no action file "nosuch.c"' "$work/err" || fail "unknown action file not named"
 expect "== action.c"
 
-# A form that is not on the page: the step's Action still gives the address
-# of the page that follows, so its relative links can be followed.
+# A form that is not on the page: the step sends nothing and the page stays,
+# so the next step looks for its link on the same page.
 fallback=$work/fallback
 mkdir -p "$fallback/data"
 cat > "$fallback/action.c" <<'C'
@@ -141,8 +146,8 @@ C
 echo '<p>no form here</p>' > "$fallback/data/t1.html"
 echo '<a href="receipt?n=1">Receipt</a>' > "$fallback/data/t2.html"
 out=$("$tool" inspect "$fallback" || true)
-expect "NOT RESOLVED: the page has no form in data/t1.html"
-expect "      GET http://pay.example.com/p/receipt?n=1"
+expect "NOT RESOLVED: the page has no form on the page http://shop.example.com/a/"
+expect "NOT RESOLVED: no link with the text \"Receipt\" on the page http://shop.example.com/a/"
 
 # More than 50 steps: a progress line on a terminal's stderr, none otherwise.
 for i in $(seq 1 60); do

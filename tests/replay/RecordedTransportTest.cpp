@@ -352,6 +352,58 @@ TEST_F(RecordedTransportTest, AValueThatDiffersStillMatchesWhereTheScriptWritesA
     EXPECT_FALSE(transport.LastComparison()->same);
 }
 
+TEST_F(RecordedTransportTest, AWrittenFormThatMatchesNamesItsReferencesEvenWhenTheSentOneDoes) {
+    Task renew;
+    renew.method = "POST";
+    renew.url = "https://lib.example/renew";
+    renew.requestBody = "loan=L-1&weeks=3";
+    Snapshot(1, {renew});
+    Open();
+    HttpRequest sent =
+        Request("POST", "https://lib.example/renew", RequestRole::Primary, "loan=L-1&weeks=3");
+    sent.hasWrittenForm = true;
+    sent.writtenUrl = "https://lib.example/renew";
+    sent.writtenBody = "loan={loanId}&weeks=3";
+    transport.BeginStep(Step("t1"));
+    transport.Send(sent);
+    ASSERT_NE(transport.LastComparison(), nullptr);
+    ASSERT_TRUE(transport.LastComparison()->same);
+    ASSERT_EQ(transport.LastComparison()->references.size(), 1u);
+    EXPECT_EQ(transport.LastComparison()->references[0].first, "loanId");
+    EXPECT_EQ(transport.LastComparison()->references[0].second, "L-1");
+}
+
+TEST_F(RecordedTransportTest, PagesWithoutAddressesAreFoundByTheDocumentsName) {
+    // No tN.inf at all: the step's own request and its frames are answered
+    // by the files their place in the page names, as .html or .htm.
+    ScratchDir::Write(DataFile("t2.html"), "<frameset><frame src=\"a.html\"></frameset>");
+    ScratchDir::Write(DataFile("t2f0.htm"), "<p>frame</p>");
+    Open();
+    transport.BeginStep(Step("t2"));
+    HttpRequest top = Request("GET", "https://lib.example/anything");
+    top.document = "t2.html";
+    HttpResponse answer = transport.Send(top);
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_NE(answer.body.find("frameset"), std::string::npos);
+    ASSERT_NE(transport.LastCheck(), nullptr);
+    EXPECT_EQ(transport.LastCheck()->source, RecordedRequestCheck::Source::File);
+    EXPECT_FALSE(transport.LastCheck()->recorded);  // nothing to compare with
+    EXPECT_EQ(transport.LastCheck()->where, "data/t2.html");
+    HttpRequest frame = Request("GET", "https://lib.example/a.html", RequestRole::Frame);
+    frame.document = "t2f0.html";
+    answer = transport.Send(frame);
+    EXPECT_EQ(answer.status, 200);
+    EXPECT_EQ(answer.body, "<p>frame</p>");
+    // A resource is never looked up by a name, nor a frame without a file.
+    HttpRequest resource = Request("GET", "https://lib.example/x.png", RequestRole::Resource);
+    resource.document = "t2.html";
+    EXPECT_EQ(transport.Send(resource).status, 404);
+    HttpRequest other = Request("GET", "https://lib.example/b.html", RequestRole::Frame);
+    other.document = "t2f1.html";
+    EXPECT_EQ(transport.Send(other).status, 404);
+    transport.EndStep();
+}
+
 TEST_F(RecordedTransportTest, AStepsOwnRequestToAnotherUrlIsComparedWithThePrimaryTask) {
     Task primary;
     primary.url = "https://lib.example/catalogue?page=1";
