@@ -29,7 +29,7 @@ build-asan: bootstrap
 build-tsan: bootstrap
 	cmake -S . -B $(TSAN_BUILD_DIR) -DCMAKE_BUILD_TYPE=Debug -DWEBSTEP_TSAN=ON \
 	  -DWEBSTEP_BUILD_BENCH=OFF -DWEBSTEP_BUILD_CLI=OFF -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g" $(CMAKE_FLAGS)
-	cmake --build $(TSAN_BUILD_DIR) -j $(JOBS) --target test_context test_recording
+	cmake --build $(TSAN_BUILD_DIR) -j $(JOBS) --target test_context test_recording test_replay
 
 demo: build
 	@bash scripts/demo.sh $(BUILD_DIR)/cli/webstep

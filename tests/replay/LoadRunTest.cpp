@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -629,6 +631,51 @@ TEST_F(LoadRunTest, TicksComeAboutOnceASecond) {
     ASSERT_GE(ticks.size(), 1u);
     EXPECT_GE(ticks[0], 0.99);
     EXPECT_LT(ticks[0], 1.5);
+}
+
+// Resident memory of a process in kB (VmRSS), or 0.
+long ResidentKb(pid_t pid) {
+    std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.rfind("VmRSS:", 0) == 0)
+            return std::atol(line.c_str() + 6);
+    return 0;
+}
+
+// 1,000 users thinking at once (the compiled script: a copy of its object
+// per user) over two workers: what the parent and the workers hold.
+TEST_F(LoadRunTest, AThousandThinkingUsersFitWellUnderOneGigabyte) {
+    StandardFolder(600, 1);
+    constexpr unsigned kUsers = 1000;
+    CLoadRun run(dir.path().string(), Options(kUsers, 2));
+    Recorder recorder;
+    std::set<pid_t> workers;
+    unsigned paged = 0;
+    long total = 0;
+    recorder.onRequest = [&](const RequestRecord& request, const HttpResponse& response) {
+        workers.insert(std::stoi(*response.Header("X-Pid")));
+        // Every user has sent its page and thinks: measure, then stop.
+        if (request.request.url.find("/page") != std::string::npos && ++paged == kUsers) {
+            total = ResidentKb(getpid());
+            for (pid_t pid : workers)
+                total += ResidentKb(pid);
+            run.RequestStop();
+        }
+    };
+    const LoadRunResult result = run.Run(recorder);
+    ASSERT_TRUE(result.ran) << result.error;
+    EXPECT_EQ(result.usersStarted, kUsers);
+    EXPECT_EQ(result.usersFailed, 0u);
+    EXPECT_EQ(workers.size(), 2u);
+    ASSERT_EQ(paged, kUsers);
+    ASSERT_GT(total, 0);
+    std::printf("%u thinking users: %ld MB resident in all, %.0f kB per user\n", kUsers,
+                total / 1024, static_cast<double>(total) / kUsers);
+    RecordProperty("resident_kb", static_cast<int>(total));
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+    EXPECT_LT(total, 512 * 1024) << "kB";
+#endif
 }
 
 // Many users on threads of one worker that is a thread of this process: the
