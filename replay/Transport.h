@@ -32,4 +32,17 @@ public:
     /// A timeout in seconds for the following requests (web_set_timeout);
     /// transports that cannot honour it ignore it.
     virtual void SetTimeout(double seconds) {}
+    /// The proxy of later requests (web_set_proxy; secure: the proxy of
+    /// https:// requests, web_set_secure_proxy); an empty host: none. False
+    /// when the transport cannot honour it or the proxy is not usable (the
+    /// user then warns and goes on).
+    virtual bool SetProxy(const std::string& host, unsigned port, bool secure) { return false; }
+    /// Hosts that go around the proxy (web_set_proxy_bypass), as the script
+    /// writes them ("*.local;10.*"); false when not honoured.
+    virtual bool SetProxyBypass(const std::string& hosts) { return false; }
+    /// A socket option of web_set_sockets_option by its name and value as
+    /// written; false when the transport does not know or honour it.
+    virtual bool SetSocketOption(const std::string& name, const std::string& value) {
+        return false;
+    }
 };

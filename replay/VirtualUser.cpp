@@ -399,6 +399,35 @@ void CVirtualUser::Service(CWebStepData& step, StepRecord& record) {
                                       "\" was not added (it names no domain, or is malformed)");
     } else if (auto* timeout = dynamic_cast<CWebStepSetTimeout*>(&step)) {
         m_transport.SetTimeout(timeout->GetTimeout());
+    } else if (auto* proxy = dynamic_cast<CWebStepSetProxy*>(&step)) {
+        // Proxies, bypass lists and socket options are the transport's to
+        // honour; one that cannot is told so and the user goes on.
+        const bool secure = dynamic_cast<CWebStepSetSecureProxy*>(&step) != nullptr;
+        std::string host = proxy->GetHost();
+        unsigned port = proxy->GetPort();
+        if (host.empty() && !proxy->GetParameterUrl().empty()) {
+            // A parameter that held the proxy: substituted by now, "host:port".
+            host = proxy->GetParameterUrl();
+            const std::size_t colon = host.rfind(':');
+            if (colon != std::string::npos) {
+                port = static_cast<unsigned>(std::atoi(host.c_str() + colon + 1));
+                host.erase(colon);
+            }
+        }
+        if (!m_transport.SetProxy(host, port, secure))
+            record.warnings.push_back(
+                "the proxy " +
+                (host.empty() ? std::string("setting") : host + ":" + std::to_string(port)) +
+                " is not used: this transport cannot honour it");
+    } else if (auto* bypass = dynamic_cast<CWebStepSetProxyBypass*>(&step)) {
+        if (!m_transport.SetProxyBypass(bypass->GetBypass()))
+            record.warnings.push_back(
+                "the proxy bypass list is not used: this transport cannot honour it");
+    } else if (auto* option = dynamic_cast<CWebStepSetSocketsOption*>(&step)) {
+        if (!m_transport.SetSocketOption(option->GetOptionID(), option->GetOptionValue()))
+            record.warnings.push_back("the socket option " + option->GetOptionID() + "=" +
+                                      option->GetOptionValue() +
+                                      " is not honoured by this transport; ignored");
     } else if (dynamic_cast<CWebStepCacheCleanup*>(&step) != nullptr) {
         m_cache.clear();
     } else if (auto* convert = dynamic_cast<CWebStepConvertParam*>(&step)) {

@@ -228,4 +228,68 @@ TEST_F(VirtualUserRecordTest, BinaryBodiesAreShownEscaped) {
     EXPECT_EQ(step.shownBody, "AB\\x01\\x00C");
 }
 
+// A transport that honours proxies and one socket option, and says so.
+class OptionTransport : public PageTransport {
+public:
+    bool SetProxy(const std::string& host, unsigned port, bool secure) override {
+        proxies.push_back((secure ? "secure " : "") + host + ":" + std::to_string(port));
+        return true;
+    }
+    bool SetProxyBypass(const std::string& hosts) override {
+        bypass = hosts;
+        return true;
+    }
+    bool SetSocketOption(const std::string& name, const std::string& value) override {
+        options.push_back(name + "=" + value);
+        return name == "SSL_VERSION";
+    }
+    std::vector<std::string> proxies;
+    std::string bypass;
+    std::vector<std::string> options;
+};
+
+TEST(VirtualUserTransportOptionsTest, ProxiesBypassListsAndSocketOptionsGoToTheTransport) {
+    ScratchDir dir;
+    CScriptFolder folder;
+    FolderMessages messages;
+    folder.Open(dir.path().string(), messages);
+    CParameterSet parameters;
+    CManualClock clock;
+    OptionTransport transport;
+    CVirtualUser user(folder, parameters, transport, clock);
+    // These calls take their arguments without a LAST marker.
+    auto call = [&user](const std::string& function, std::vector<std::string> arguments) {
+        return user.Call(function, arguments, "Action.c", 1);
+    };
+    StepRecord proxy = call("web_set_proxy", {"proxy.example:3128"});
+    EXPECT_FALSE(proxy.failed) << proxy.message;
+    EXPECT_TRUE(proxy.warnings.empty());
+    call("web_set_secure_proxy", {"tls-proxy.example:8443"});
+    call("web_set_proxy_bypass", {"*.local;10.*"});
+    EXPECT_EQ(transport.proxies,
+              (std::vector<std::string>{"proxy.example:3128", "secure tls-proxy.example:8443"}));
+    EXPECT_EQ(transport.bypass, "*.local;10.*");
+    StepRecord known = call("web_set_sockets_option", {"SSL_VERSION", "TLS1.2"});
+    EXPECT_TRUE(known.warnings.empty());
+    StepRecord unknown = call("web_set_sockets_option", {"NO_SUCH_OPTION", "1"});
+    ASSERT_EQ(unknown.warnings.size(), 1u);
+    EXPECT_NE(unknown.warnings[0].find("NO_SUCH_OPTION=1"), std::string::npos);
+    EXPECT_FALSE(unknown.failed);
+}
+
+TEST(VirtualUserTransportOptionsTest, ATransportThatCannotHonourAProxyIsAWarningNotAFailure) {
+    ScratchDir dir;
+    CScriptFolder folder;
+    FolderMessages messages;
+    folder.Open(dir.path().string(), messages);
+    CParameterSet parameters;
+    CManualClock clock;
+    PageTransport transport;  // honours nothing
+    CVirtualUser user(folder, parameters, transport, clock);
+    StepRecord step = user.Call("web_set_proxy", {"proxy.example:3128"}, "Action.c", 1);
+    EXPECT_FALSE(step.failed);
+    ASSERT_EQ(step.warnings.size(), 1u);
+    EXPECT_NE(step.warnings[0].find("proxy.example:3128"), std::string::npos);
+}
+
 }  // namespace
