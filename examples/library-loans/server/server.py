@@ -828,6 +828,11 @@ def main(argv=None):
     if not 0 <= args.port <= 65535:
         parser.error("--port takes 0 to 65535, not %d" % args.port)
 
+    # Handlers first, so that a stop during the start (openssl running) still
+    # removes the certificate's folder.
+    stop = threading.Event()
+    for sig in (signal.SIGTERM, signal.SIGINT):
+        signal.signal(sig, lambda *_: stop.set())
     library = Library(read_patrons(args.patrons), args.strict_cards)
     build_routes()
 
@@ -852,9 +857,6 @@ def main(argv=None):
             # The key is in memory now; nothing needs the files any more.
             shutil.rmtree(tmp, ignore_errors=True)
 
-        stop = threading.Event()
-        for sig in (signal.SIGTERM, signal.SIGINT):
-            signal.signal(sig, lambda *_: stop.set())
         worker = threading.Thread(target=server.serve_forever, name="accept", daemon=True)
         worker.start()
         print("listening on %s:%d" % (args.host, server.server_address[1]), flush=True)
