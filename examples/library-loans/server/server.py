@@ -828,11 +828,12 @@ def main(argv=None):
     if not 0 <= args.port <= 65535:
         parser.error("--port takes 0 to 65535, not %d" % args.port)
 
-    # Handlers first, so that a stop during the start (openssl running) still
-    # removes the certificate's folder.
-    stop = threading.Event()
-    for sig in (signal.SIGTERM, signal.SIGINT):
-        signal.signal(sig, lambda *_: stop.set())
+    # The stop signals are blocked from the start, in every thread (threads
+    # inherit the mask), and taken by sigwait in the main thread once serving:
+    # no handler runs inside a lock, and a stop during the start (openssl
+    # running) waits until the certificate's folder can be removed.
+    stops = {signal.SIGTERM, signal.SIGINT}
+    signal.pthread_sigmask(signal.SIG_BLOCK, stops)
     library = Library(read_patrons(args.patrons), args.strict_cards)
     build_routes()
 
@@ -860,8 +861,7 @@ def main(argv=None):
         worker = threading.Thread(target=server.serve_forever, name="accept", daemon=True)
         worker.start()
         print("listening on %s:%d" % (args.host, server.server_address[1]), flush=True)
-        while not stop.wait(1.0):
-            pass
+        signal.sigwait(stops)
         server.shutdown()
         server.server_close()
     finally:
