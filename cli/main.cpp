@@ -5,6 +5,7 @@
 #include "LintCommand.h"
 #include "PageCommand.h"
 #include "ReplayCommand.h"
+#include "RunCommand.h"
 #include "SettingsCommand.h"
 #include "StepsCommand.h"
 #include "UrlCommand.h"
@@ -75,6 +76,7 @@ int main(int argc, char** argv) {
     webstep::cli::AddInspectCommand(app, &exitCode);
     webstep::cli::AddReplayCommand(app, &exitCode);
     webstep::cli::AddCompileCommand(app, &exitCode);
+    webstep::cli::AddRunCommand(app, &exitCode);
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {

@@ -5,6 +5,7 @@
 // run hands them the records of all its users, in the order they arrive, on
 // one thread.
 #include <string>
+#include <vector>
 
 #include "webstep/foundation/Export.h"
 #include "webstep/replay/ReplayRecord.h"
@@ -39,4 +40,59 @@ public:
     /// The run is over; writers finish their files here. False when a file
     /// could not be written (error says why).
     virtual bool OnRunEnd(double time, std::string& error) { return true; }
+};
+
+/// Hands every record to several observers in turn (the statistics, the
+/// results file, the HAR file...). The observers must outlive it.
+class WEBSTEP_API CRunObserverList : public CRunObserver {
+public:
+    void Add(CRunObserver& observer) { m_observers.push_back(&observer); }
+
+    void OnRequest(const RequestRecord& request, const HttpResponse& response) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnRequest(request, response);
+    }
+    void OnStep(const StepRecord& step) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnStep(step);
+    }
+    void OnTransaction(const TransactionRecord& transaction) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnTransaction(transaction);
+    }
+    void OnMessage(const std::string& level, const std::string& text) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnMessage(level, text);
+    }
+    void OnUserStart(unsigned user, double time) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnUserStart(user, time);
+    }
+    void OnUserEnd(const UserEndRecord& end) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnUserEnd(end);
+    }
+    void OnIteration(unsigned user, unsigned iteration, bool failed, double time) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnIteration(user, iteration, failed, time);
+    }
+    void OnRunMessage(const std::string& level, const std::string& text) override {
+        for (CRunObserver* observer : m_observers)
+            observer->OnRunMessage(level, text);
+    }
+    /// Every observer ends, even after one failed; the errors are joined.
+    bool OnRunEnd(double time, std::string& error) override {
+        bool ok = true;
+        for (CRunObserver* observer : m_observers) {
+            std::string one;
+            if (!observer->OnRunEnd(time, one)) {
+                ok = false;
+                error += (error.empty() ? "" : "; ") + one;
+            }
+        }
+        return ok;
+    }
+
+private:
+    std::vector<CRunObserver*> m_observers;
 };
