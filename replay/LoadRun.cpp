@@ -754,6 +754,32 @@ LoadRunResult CLoadRun::Run(CRunObserver& observer) {
         }
     };
 
+    // An observer that throws leaves the run: no worker outlives it.
+    struct Cleanup {
+        std::vector<std::unique_ptr<Worker>>& workers;
+        ~Cleanup() {
+            for (auto& worker : workers) {
+                if (worker->controlParent >= 0)
+                    send(worker->controlParent, "s", 1, MSG_NOSIGNAL | MSG_DONTWAIT);
+                if (worker->open && worker->pid > 0) {
+                    kill(worker->pid, SIGKILL);
+                    while (waitpid(worker->pid, nullptr, 0) < 0 && errno == EINTR) {
+                    }
+                }
+                CloseFd(worker->controlParent);
+                if (worker->thread.joinable()) {
+                    // The worker thread ends once its users have: its
+                    // channel is drained until then.
+                    char drain[4096];
+                    while (worker->dataRead >= 0 &&
+                           read(worker->dataRead, drain, sizeof drain) > 0) {
+                    }
+                    worker->thread.join();
+                }
+                CloseFd(worker->dataRead);
+            }
+        }
+    } cleanup{workers};
     bool stopSent = false, killSent = false;
     double nextTick = 1.0;
     std::vector<char> buffer(64 * 1024);

@@ -82,7 +82,8 @@ struct WEBSTEP_API LoadRunOptions {
     /// stack of its own); only pages touched become resident.
     std::size_t threadStack = 4u << 20;
     /// Run the workers as threads of this process instead of forked
-    /// processes (tests, tools): no isolation, a crash ends everything.
+    /// processes (tests, tools): no isolation, a crash ends everything, and
+    /// a second stop cannot kill (it is a first one again).
     bool inProcess = false;
 };
 

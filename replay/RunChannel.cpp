@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <cstring>
 #include <utility>
 
@@ -35,6 +36,20 @@ void PutText(std::string& out, const std::string& text) {
 
 void PutBool(std::string& out, bool value) {
     out.push_back(value ? 1 : 0);
+}
+
+// Signed numbers zigzag-encoded: small negative ones stay short.
+void PutSigned(std::string& out, std::int64_t value) {
+    PutVarint(out,
+              (static_cast<std::uint64_t>(value) << 1) ^ static_cast<std::uint64_t>(value >> 63));
+}
+
+void PutPairs(std::string& out, const std::vector<std::pair<std::string, std::string>>& pairs) {
+    PutVarint(out, pairs.size());
+    for (const auto& [name, value] : pairs) {
+        PutText(out, name);
+        PutText(out, value);
+    }
 }
 
 void PutHeaders(std::string& out, const std::vector<HttpHeader>& headers) {
@@ -119,6 +134,16 @@ public:
         std::memcpy(&value, &bits, sizeof value);
         return value;
     }
+    int Signed(const char* what) {
+        const std::uint64_t zigzag = Varint(what);
+        const std::int64_t value =
+            static_cast<std::int64_t>(zigzag >> 1) ^ -static_cast<std::int64_t>(zigzag & 1);
+        if (value < INT32_MIN || value > INT32_MAX) {
+            Fail(std::string("a 32-bit number for ") + what);
+            return 0;
+        }
+        return static_cast<int>(value);
+    }
     bool Bool(const char* what) {
         if (!Need(1, what))
             return false;
@@ -167,6 +192,17 @@ public:
             headers.push_back(std::move(header));
         }
         return headers;
+    }
+    std::vector<std::pair<std::string, std::string>> Pairs(const char* what) {
+        std::vector<std::pair<std::string, std::string>> pairs;
+        const std::size_t count = Count(what, 2);
+        pairs.reserve(count);
+        for (std::size_t i = 0; i < count && Ok(); ++i) {
+            std::string name = Text(what);
+            std::string value = Text(what);
+            pairs.emplace_back(std::move(name), std::move(value));
+        }
+        return pairs;
     }
     std::vector<std::string> Texts(const char* what) {
         std::vector<std::string> texts;
@@ -249,6 +285,7 @@ void DecodeRequest(Cursor& in, RunFrame& frame) {
         in.Fail("a request role of 0 to 4, not " + std::to_string(role));
     request.role = static_cast<RequestRole>(role <= 4 ? role : 0);
     request.frame = in.Text("the frame");
+    request.document = in.Text("the document");
     request.hasWrittenForm = in.Bool("the written form flag");
     request.writtenUrl = in.Text("the written URL");
     request.writtenBody = in.Text("the written body");
@@ -278,17 +315,58 @@ void DecodeStep(Cursor& in, RunFrame& frame) {
     step.navigation = in.Bool("the navigation flag");
     step.failed = in.Bool("the failed flag");
     step.message = in.Text("the message");
-    const std::size_t saved = in.Count("the saved values", 2);
-    step.saved.reserve(saved);
-    for (std::size_t i = 0; i < saved && in.Ok(); ++i) {
-        std::string name = in.Text("a saved name");
-        std::string value = in.Text("a saved value");
-        step.saved.emplace_back(std::move(name), std::move(value));
-    }
+    step.saved = in.Pairs("the saved values");
     step.checks = in.Texts("the checks");
     step.warnings = in.Texts("the warnings");
     step.notes = in.Texts("the notes");
     step.page = in.Text("the page");
+    StepTargetRecord& target = step.target;
+    target.kind = in.Text("the target's kind");
+    target.text = in.Text("the target's text");
+    target.href = in.Text("the target's address");
+    target.document = in.Text("the target's document");
+    target.frameId = in.Text("the target's frame id");
+    target.frameName = in.Text("the target's frame name");
+    target.inFrame = in.Bool("the target's frame flag");
+    target.formIndex = in.Signed("the target's form index");
+    target.action = in.Text("the target's action");
+    target.items = in.Unsigned("the target's items");
+    target.fits = in.Bool("the target's fit flag");
+    target.misfitItem = in.Unsigned("the misfit item");
+    target.misfitName = in.Text("the misfit name");
+    target.misfitValue = in.Text("the misfit value");
+    target.misfitReason = in.Text("the misfit reason");
+    PageRecord& page = step.pageLoaded;
+    page.changes = in.Bool("the page's change flag");
+    page.intoFrame = in.Bool("the page's frame flag");
+    page.frameId = in.Text("the page's frame id");
+    page.frameName = in.Text("the page's frame name");
+    page.file = in.Text("the page's file");
+    page.loaded = in.Bool("the page's loaded flag");
+    page.url = in.Text("the page's URL");
+    page.title = in.Text("the page's title");
+    page.hasTitle = in.Bool("the page's title flag");
+    page.forms = in.Signed("the page's forms");
+    page.links = in.Signed("the page's links");
+    const std::size_t frames = in.Count("the page's frames", 5);
+    page.frames.reserve(frames);
+    for (std::size_t i = 0; i < frames && in.Ok(); ++i) {
+        PageRecord::Frame frame;
+        frame.id = in.Text("a frame's id");
+        frame.name = in.Text("a frame's name");
+        frame.file = in.Text("a frame's file");
+        frame.loaded = in.Bool("a frame's loaded flag");
+        frame.url = in.Text("a frame's URL");
+        page.frames.push_back(std::move(frame));
+    }
+    step.parameters = in.Pairs("the parameter values");
+    step.hasShownBody = in.Bool("the shown body flag");
+    step.shownBody = in.Text("the shown body");
+    step.extraResources = in.Texts("the extra resources");
+    step.planned = in.Bool("the planned flag");
+    step.parseFailed = in.Bool("the parse failure flag");
+    step.errorCode = in.Signed("the error code");
+    step.errorAttributes = in.Pairs("the error attributes");
 }
 
 void DecodeTransaction(Cursor& in, RunFrame& frame) {
@@ -328,6 +406,7 @@ void CRunChannel::AppendRequest(std::string& out, const RequestRecord& record,
     PutText(out, request.body);
     out.push_back(static_cast<char>(request.role));
     PutText(out, request.frame);
+    PutText(out, request.document);
     PutBool(out, request.hasWrittenForm);
     PutText(out, request.writtenUrl);
     PutText(out, request.writtenBody);
@@ -356,15 +435,55 @@ void CRunChannel::AppendStep(std::string& out, unsigned user, const StepRecord& 
     PutBool(out, step.navigation);
     PutBool(out, step.failed);
     PutText(out, step.message);
-    PutVarint(out, step.saved.size());
-    for (const auto& [name, value] : step.saved) {
-        PutText(out, name);
-        PutText(out, value);
-    }
+    PutPairs(out, step.saved);
     PutTexts(out, step.checks);
     PutTexts(out, step.warnings);
     PutTexts(out, step.notes);
     PutText(out, step.page);
+    const StepTargetRecord& target = step.target;
+    PutText(out, target.kind);
+    PutText(out, target.text);
+    PutText(out, target.href);
+    PutText(out, target.document);
+    PutText(out, target.frameId);
+    PutText(out, target.frameName);
+    PutBool(out, target.inFrame);
+    PutSigned(out, target.formIndex);
+    PutText(out, target.action);
+    PutVarint(out, target.items);
+    PutBool(out, target.fits);
+    PutVarint(out, target.misfitItem);
+    PutText(out, target.misfitName);
+    PutText(out, target.misfitValue);
+    PutText(out, target.misfitReason);
+    const PageRecord& page = step.pageLoaded;
+    PutBool(out, page.changes);
+    PutBool(out, page.intoFrame);
+    PutText(out, page.frameId);
+    PutText(out, page.frameName);
+    PutText(out, page.file);
+    PutBool(out, page.loaded);
+    PutText(out, page.url);
+    PutText(out, page.title);
+    PutBool(out, page.hasTitle);
+    PutSigned(out, page.forms);
+    PutSigned(out, page.links);
+    PutVarint(out, page.frames.size());
+    for (const PageRecord::Frame& frame : page.frames) {
+        PutText(out, frame.id);
+        PutText(out, frame.name);
+        PutText(out, frame.file);
+        PutBool(out, frame.loaded);
+        PutText(out, frame.url);
+    }
+    PutPairs(out, step.parameters);
+    PutBool(out, step.hasShownBody);
+    PutText(out, step.shownBody);
+    PutTexts(out, step.extraResources);
+    PutBool(out, step.planned);
+    PutBool(out, step.parseFailed);
+    PutSigned(out, step.errorCode);
+    PutPairs(out, step.errorAttributes);
     EndFrame(out, at);
 }
 
