@@ -9,6 +9,7 @@
 namespace {
 
 using Json = CResultsWriter;
+using seconds_type = std::chrono::seconds;
 
 int HexValue(char c) {
     if (c >= '0' && c <= '9')
@@ -214,6 +215,37 @@ const char* CHarWriter::StatusText(int status) {
     }
 }
 
+void CHarWriter::AppendStarted(std::string& out, double seconds) {
+    using namespace std::chrono;
+    if (!std::isfinite(seconds))
+        seconds = 0;
+    const long long millis = time_point_cast<milliseconds>(m_wallStart).time_since_epoch().count() +
+                             std::llround(seconds * 1000.0);
+    long long whole = millis / 1000;
+    long long fraction = millis % 1000;
+    if (fraction < 0) {
+        fraction += 1000;
+        whole -= 1;
+    }
+    if (whole != m_isoSecond || m_isoPrefix.empty()) {
+        // "2024-05-01T10:00:00" of "2024-05-01T10:00:00.000Z".
+        const std::string iso = Json::IsoTime(system_clock::time_point(seconds_type(whole)), 0);
+        m_isoPrefix = iso.substr(0, iso.size() - 5);
+        m_isoSecond = whole;
+    }
+    char tail[8] = {'.',
+                    char('0' + fraction / 100),
+                    char('0' + fraction / 10 % 10),
+                    char('0' + fraction % 10),
+                    'Z',
+                    '"',
+                    0,
+                    0};
+    out += '"';
+    out += m_isoPrefix;
+    out.append(tail, 6);
+}
+
 CHarWriter::CHarWriter(std::string path, std::chrono::system_clock::time_point wallStart)
     : m_path(std::move(path)), m_wallStart(wallStart) {}
 
@@ -252,7 +284,7 @@ void CHarWriter::OnRequest(const RequestRecord& record, const HttpResponse& resp
     m_firstEntry = false;
 
     out += "{\"startedDateTime\":";
-    Json::AppendJsonString(out, Json::IsoTime(m_wallStart, record.start));
+    AppendStarted(out, record.start);
     out += ",\"time\":";
     AppendMillis(out, timings.time);
 

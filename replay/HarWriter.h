@@ -54,6 +54,10 @@ public:
     bool OnRunEnd(double time, std::string& error) override;
 
 private:
+    /// startedDateTime as JSON text; the date and time of a whole second are
+    /// made once per second (entries come in time order, roughly).
+    void AppendStarted(std::string& out, double seconds);
+
     std::string m_path;
     std::chrono::system_clock::time_point m_wallStart;
     CResultsWriter::StreamedFile m_file;
@@ -61,4 +65,6 @@ private:
     bool m_triedOpen = false;
     bool m_ended = false;
     bool m_firstEntry = true;
+    long long m_isoSecond = -1;
+    std::string m_isoPrefix;
 };

@@ -162,6 +162,7 @@ TEST_F(HarWriterTest, EntriesOfEveryKindAreValidHar) {
     EXPECT_EQ(first["_transaction"], "visit");
 
     const auto& second = log["entries"][1];
+    EXPECT_EQ(second["startedDateTime"], "2024-05-01T10:00:02.000Z");
     EXPECT_EQ(second["request"]["postData"]["mimeType"], "application/x-www-form-urlencoded");
     EXPECT_EQ(second["request"]["postData"]["text"], "user=jo&pass=\"x\"\n\xEF\xBF\xBD");
     EXPECT_EQ(second["request"]["bodySize"], 18);
