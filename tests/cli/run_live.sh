@@ -9,7 +9,7 @@ export PYTHONDONTWRITEBYTECODE=1
 
 server_pid=
 stop_server() {
-  [ -n "$server_pid" ] && kill "$server_pid" 2>/dev/null && wait "$server_pid" 2>/dev/null
+  if [ -n "$server_pid" ]; then kill "$server_pid" 2>/dev/null || true; wait "$server_pid" 2>/dev/null || true; fi
   rm -rf "$work"
 }
 trap stop_server EXIT
