@@ -5,6 +5,7 @@
 #include "webstep/recording/ParameterSet.h"
 #include "webstep/recording/ScriptFolder.h"
 #include "webstep/replay/CompiledScript.h"
+#include "webstep/replay/LoadRun.h"
 #include "webstep/replay/RecordedTransport.h"
 #include "webstep/replay/UserClock.h"
 #include "webstep/replay/VirtualUser.h"
@@ -242,50 +243,10 @@ private:
     size_t m_navigations = 0;
 };
 
-// Folders without a description: action files holding "init" run first
-// once, those holding "end" last once, the others are the run group.
-void RunPlainFolder(CVirtualUser& user, const CScriptFolder& folder, unsigned iterations) {
-    auto lower = [](std::string text) {
-        for (char& c : text)
-            c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-        return text;
-    };
-    std::vector<std::string> init, run, end;
-    for (const FolderAction& action : folder.Actions()) {
-        const std::string name = lower(action.name);
-        if (name.find("init") != std::string::npos)
-            init.push_back(action.name);
-        else if (name.find("end") != std::string::npos)
-            end.push_back(action.name);
-        else
-            run.push_back(action.name);
-    }
-    auto group = [&user](const std::vector<std::string>& actions) {
-        for (const std::string& action : actions) {
-            user.RunActionFile(action);
-            if (user.Next() != UserNext::Continue)
-                break;
-        }
-    };
-    const unsigned count = iterations != 0 ? iterations : folder.Iterations();
-    user.BeginIteration(1);
-    group(init);
-    user.EndIteration();
-    for (unsigned i = 1; i <= count && user.Next() != UserNext::EndUser; ++i) {
-        user.BeginIteration(i);
-        group(run);
-        user.EndIteration();
-    }
-    if (user.Next() != UserNext::EndUser) {
-        group(end);
-        user.EndIteration();
-    }
-}
-
 int RunReplay(const ReplayOptions& options) {
     if (!options.offline) {
-        std::cerr << "webstep replay: only --offline exists for now (answers from the folder's "
-                     "recording); a live replay will be \"webstep run\", not yet available\n";
+        std::cerr << "webstep replay: only --offline exists (answers from the folder's "
+                     "recording); to send the requests to live servers, use \"webstep run\"\n";
         return 2;
     }
     if (options.user == 0) {
@@ -384,7 +345,7 @@ int RunReplay(const ReplayOptions& options) {
     } else if (folder.HasDescription()) {
         user.Run(iterations);
     } else {
-        RunPlainFolder(user, folder, iterations);
+        CLoadRun::RunPlainFolder(user, folder, iterations);
     }
     printer.ReportTransportMessages();
 
