@@ -389,8 +389,23 @@ std::string Explain(CURLcode code, CURL* easy, const char* errorText, const UrlP
     long osError = 0;
     curl_easy_getinfo(easy, CURLINFO_OS_ERRNO, &osError);
     const std::string target = url.host + ":" + url.port;
-    const std::string peer =
-        proxy != nullptr ? "the proxy " + proxy->host + ":" + std::to_string(proxy->port) : target;
+    std::string peer = target;
+    if (proxy != nullptr) {
+        peer = "the proxy " + proxy->host + ":" + std::to_string(proxy->port);
+    } else {
+        // libcurl does not tell where a failed connection went; a connect-to
+        // entry (the first that matches, as libcurl takes it) does.
+        for (const std::string& entry : options.connectTo) {
+            std::vector<std::string_view> parts = SplitColons(entry);
+            if (parts.size() != 4 || (!parts[0].empty() && !EqualsNoCase(parts[0], url.host)) ||
+                (!parts[1].empty() && parts[1] != url.port))
+                continue;
+            peer = std::string(parts[2].empty() ? std::string_view(url.host) : parts[2]) + ":" +
+                   std::string(parts[3].empty() ? std::string_view(url.port) : parts[3]) +
+                   ", which stands in for " + target;
+            break;
+        }
+    }
     const bool reset = osError == ECONNRESET || detail.find("reset by peer") != std::string::npos;
     switch (code) {
         case CURLE_COULDNT_RESOLVE_HOST:

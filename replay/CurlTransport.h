@@ -79,6 +79,16 @@ struct WEBSTEP_API CurlTransportOptions {
 /// Sends requests with libcurl; see CTransport. Not thread-safe: one
 /// transport per user thread. Any number of transports may exist in
 /// different threads at once.
+///
+/// The timings of a response are phase durations, not libcurl's running
+/// totals: dns (name lookup), connect (TCP handshake), tls (TLS handshake),
+/// firstByte (from the connection being ready to the first response byte:
+/// sending the request and the server's think time) and total (the whole
+/// exchange, body included; at least the sum of the others). A reused
+/// connection spends about nothing on the first three. requestBytes is the
+/// request line, headers and body as sent; responseBytes the status line,
+/// headers and body as received (the body before decoding, without chunk
+/// framing or TLS overhead).
 class WEBSTEP_API CCurlTransport : public CTransport {
 public:
     explicit CCurlTransport(CurlTransportOptions options = {});

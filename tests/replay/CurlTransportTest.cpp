@@ -625,6 +625,13 @@ TEST_F(CurlTransportTest, RefusedConnectionNamesTheAddress) {
     EXPECT_EQ(response.status, 0);
     EXPECT_EQ(response.error, "connection refused by 127.0.0.1:" + port);
     ExpectUsable(transport);
+
+    // Aimed elsewhere by connect-to: the message says where it went.
+    CurlTransportOptions options;
+    options.connectTo = {"other.invalid:80:127.0.0.1:1", "shop.invalid::127.0.0.1:" + port};
+    CCurlTransport aimed(options);
+    EXPECT_EQ(aimed.Send(Request("GET", "http://shop.invalid/")).error,
+              "connection refused by 127.0.0.1:" + port + ", which stands in for shop.invalid:80");
 }
 
 TEST_F(CurlTransportTest, ConnectTimeoutNamesTheAddress) {
