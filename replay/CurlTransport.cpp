@@ -220,6 +220,9 @@ std::string ParseUrl(const std::string& url, UrlParts& parts) {
     return problem;
 }
 
+// Defined with the settings mapping below.
+std::string NoProxyList(std::string_view bypass, bool local);
+
 }  // namespace
 
 // The libcurl handles of one transport and what the callbacks fill during a
@@ -378,6 +381,42 @@ void CCurlTransport::SetTimeout(double seconds) {
         return;
     m_options.connectTimeout = seconds;
     m_options.receiveTimeout = seconds;
+}
+
+bool CCurlTransport::SetProxy(const std::string& host, unsigned port, bool secure) {
+    CurlTransportOptions changed = m_options;
+    CurlProxy& proxy = secure ? changed.secureProxy : changed.proxy;
+    proxy = CurlProxy();
+    proxy.host = host;
+    proxy.port = host.empty() ? 0 : port;
+    if (!CheckOptions(changed).empty())
+        return false;
+    m_options = std::move(changed);
+    return true;
+}
+
+bool CCurlTransport::SetProxyBypass(const std::string& hosts) {
+    if (!m_state || m_state->easy == nullptr)
+        return false;
+    m_options.noProxy = NoProxyList(hosts, false);
+    curl_easy_setopt(m_state->easy, CURLOPT_NOPROXY,
+                     m_options.noProxy.empty() ? nullptr : m_options.noProxy.c_str());
+    return true;
+}
+
+bool CCurlTransport::SetSocketOption(const std::string& name, const std::string& value) {
+    if (!m_state || m_state->easy == nullptr || !EqualsNoCase(name, "SSL_VERSION"))
+        return false;
+    static const struct {
+        const char* text;
+        long version;
+    } versions[] = {{"TLS", CURL_SSLVERSION_DEFAULT},    {"TLS1", CURL_SSLVERSION_TLSv1_0},
+                    {"TLS1.0", CURL_SSLVERSION_TLSv1_0}, {"TLS1.1", CURL_SSLVERSION_TLSv1_1},
+                    {"TLS1.2", CURL_SSLVERSION_TLSv1_2}, {"TLS1.3", CURL_SSLVERSION_TLSv1_3}};
+    for (const auto& known : versions)
+        if (EqualsNoCase(value, known.text))
+            return curl_easy_setopt(m_state->easy, CURLOPT_SSLVERSION, known.version) == CURLE_OK;
+    return false;
 }
 
 namespace {
@@ -704,10 +743,10 @@ namespace {
 
 // "*.example.com;<local>;10.1.2.3" (the settings' bypass list) in libcurl's
 // form; what libcurl cannot express (other wildcards) is left out.
-std::string NoProxyList(const CProxyInfo& info) {
+// A bypass list as the settings and scripts write it ("*.x;<local>;h") in
+// libcurl's form (".x,localhost,127.0.0.1,::1,h").
+std::string NoProxyList(std::string_view bypass, bool local) {
     std::vector<std::string> names;
-    bool local = info.GetDontUseForLocal() != 0;
-    std::string_view bypass = info.GetBypass();
     std::size_t start = 0;
     while (start <= bypass.size()) {
         std::size_t end = bypass.find_first_of(";, \t", start);
@@ -734,6 +773,10 @@ std::string NoProxyList(const CProxyInfo& info) {
     for (const std::string& name : names)
         list += (list.empty() ? "" : ",") + name;
     return list;
+}
+
+std::string NoProxyList(const CProxyInfo& info) {
+    return NoProxyList(info.GetBypass(), info.GetDontUseForLocal() != 0);
 }
 
 }  // namespace

@@ -103,6 +103,17 @@ public:
     /// Both the connect and the receive timeout of later requests; a value
     /// that is not a positive number is ignored.
     void SetTimeout(double seconds) override;
+    /// web_set_proxy and web_set_secure_proxy: the proxy of later requests
+    /// (of https:// ones when secure); an empty host: none. False, and no
+    /// change, for a proxy the options would refuse (no port...).
+    bool SetProxy(const std::string& host, unsigned port, bool secure) override;
+    /// web_set_proxy_bypass: hosts that go around the proxy, written as the
+    /// settings' bypass list ("*.local;10.0.0.1;<local>").
+    bool SetProxyBypass(const std::string& hosts) override;
+    /// web_set_sockets_option: "SSL_VERSION" with "TLS1", "TLS1.1",
+    /// "TLS1.2" or "TLS1.3" (the lowest TLS version accepted) or "TLS"
+    /// (libcurl's default); other options are not honoured (false).
+    bool SetSocketOption(const std::string& name, const std::string& value) override;
 
     const CurlTransportOptions& Options() const { return m_options; }
     /// Why the options cannot be used (a malformed connect-to or resolve

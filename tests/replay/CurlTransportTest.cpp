@@ -478,6 +478,36 @@ TEST_F(CurlTransportTest, ProxyGetsTheAbsoluteFormRequestWithCredentials) {
     EXPECT_EQ(Echo(bypassing.Send(Request("GET", Url("/echo"))))["target"], "/echo");
 }
 
+TEST_F(CurlTransportTest, AScriptsProxyAndBypassListApplyToLaterRequests) {
+    CCurlTransport transport;
+    // web_set_proxy: the next request goes through the proxy.
+    ASSERT_TRUE(transport.SetProxy("127.0.0.1", Port(), false));
+    EXPECT_EQ(Echo(transport.Send(Request("GET", "http://far.invalid/echo?p=1")))["target"],
+              "http://far.invalid/echo?p=1");
+    // web_set_proxy_bypass: the loopback address goes around it.
+    ASSERT_TRUE(transport.SetProxy("127.0.0.1", 1, false));  // nothing listens there
+    ASSERT_TRUE(transport.SetProxyBypass("<local>;*.example.test"));
+    EXPECT_EQ(transport.Options().noProxy, ".example.test,localhost,127.0.0.1,::1");
+    EXPECT_EQ(Echo(transport.Send(Request("GET", Url("/echo"))))["target"], "/echo");
+    // An empty host: no proxy any more.
+    ASSERT_TRUE(transport.SetProxyBypass(""));
+    ASSERT_TRUE(transport.SetProxy("", 0, false));
+    EXPECT_EQ(Echo(transport.Send(Request("GET", Url("/echo"))))["target"], "/echo");
+    // A proxy without a port is refused and changes nothing.
+    EXPECT_FALSE(transport.SetProxy("proxy.test", 0, true));
+    EXPECT_FALSE(transport.Options().secureProxy.Enabled());
+}
+
+TEST_F(CurlTransportTest, OnlyTheTlsVersionSocketOptionIsHonoured) {
+    CCurlTransport transport;
+    EXPECT_TRUE(transport.SetSocketOption("SSL_VERSION", "TLS1.2"));
+    EXPECT_TRUE(transport.SetSocketOption("ssl_version", "tls"));
+    EXPECT_FALSE(transport.SetSocketOption("SSL_VERSION", "SSL2"));
+    EXPECT_FALSE(transport.SetSocketOption("MAX_CONNECTIONS", "4"));
+    // The transport still works after them.
+    EXPECT_EQ(transport.Send(Request("GET", Url("/echo"))).status, 200);
+}
+
 TEST_F(CurlTransportTest, TimingsAndBytesAreConsistent) {
     CCurlTransport transport;
     const HttpResponse first = transport.Send(Request("POST", Url("/echo"), {}, "12345"));
