@@ -48,6 +48,7 @@ bench: bootstrap
 	cmake --build $(BENCH_BUILD_DIR) -j $(JOBS) --target webstep_bench webstep_peers
 	$(BENCH_BUILD_DIR)/bench/webstep_bench --benchmark_repetitions=5 --benchmark_report_aggregates_only=true
 	$(BENCH_BUILD_DIR)/bench/peers/webstep_peers
+	cmake --build $(BENCH_BUILD_DIR) -j $(JOBS) --target webstep_cli && bash bench/load/run-load-bench.sh $(BENCH_BUILD_DIR)
 
 # libFuzzer programs (clang, ASan and UBSan), each run for FUZZ_SECONDS; the
 # working corpora and any crash input stay in fuzz/corpus-run/.

@@ -1,0 +1,14 @@
+Action()
+{
+	web_custom_request("api",
+		"URL=http://bench.local/api.json",
+		"Method=GET",
+		"Resource=0",
+		"RecContentType=application/json",
+		"Mode=HTTP",
+		LAST);
+
+	qz_think_time(600);
+
+	return 0;
+}
