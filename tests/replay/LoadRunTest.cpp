@@ -714,7 +714,10 @@ TEST(LoadRunConcurrency, ManyUsersOnThreadsOfOneWorker) {
     for (unsigned user = 1; user <= 24; ++user) {
         EXPECT_EQ(recorder.Requests(user, "/home"), 1u);
         EXPECT_EQ(recorder.Requests(user, "/bye"), 1u);
-        EXPECT_EQ(recorder.iterations[user].size(), recorder.Requests(user, "/page"));
+        // The stop may leave an iteration before its page: begun, not sent.
+        const std::size_t pages = recorder.Requests(user, "/page");
+        EXPECT_GE(recorder.iterations[user].size(), pages);
+        EXPECT_LE(recorder.iterations[user].size(), pages + 1);
     }
 }
 
