@@ -35,6 +35,9 @@ public:
     const CFolderDescription& Description() const { return m_description; }
     const CRunLogic& RunLogic() const { return m_runLogic; }
     const CScriptSettings& Settings() const { return m_settings; }
+    /// For a run that replaces a setting (the think-time mode of the command
+    /// line) before its users start.
+    CScriptSettings& Settings() { return m_settings; }
     /// The settings file read, or empty when the folder has none.
     const std::string& SettingsPath() const { return m_settings.Path(); }
     /// The parameter file of the folder (it may not exist).

@@ -354,9 +354,7 @@ bool CLoadRun::Prepare() {
         // The override keeps the folder's cap on each wait.
         ThinkTimeSettings settings = m_folder.Settings().ThinkTime();
         ParseThinkTime(options.thinkTime, settings, m_error);
-        // The folder offers its settings read-only; this run owns the folder
-        // object, which is not const.
-        const_cast<CScriptSettings&>(m_folder.Settings()).SetThinkTime(settings);
+        m_folder.Settings().SetThinkTime(settings);
     }
     m_parameters.SetUserCount(options.users);
     m_parameters.Load(m_folder.ParameterPath(), m_folder.Dir(), m_messages);
