@@ -125,7 +125,8 @@ if [ "${LOAD_ONLY:-all}" = profile ]; then
   report --sort comm,dso | head -20 || true
   echo "== system calls and what they include (time inside)"
   perf report -i "$tmp/perf.data" --stdio --children -g none --sort symbol 2>/dev/null |
-    grep -E '^ +[0-9].*(__x64_sys_[a-z_0-9]+|schedule)$' | sed 's/[[:space:]-]*$//' | head -15 || true
+    sed 's/[[:space:]-]*$//' | grep -E '^ +[0-9].*\] (__x64_sys_[a-z_0-9]+|schedule|handle_softirqs)$' |
+    head -15 || true
   echo "== by function (self time)"
   report --sort dso,symbol | head -"${LOAD_PROFILE_LINES:-40}" || true
   exit 0

@@ -1,0 +1,4 @@
+vuser_init()
+{
+	return 0;
+}

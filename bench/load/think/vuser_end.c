@@ -1,0 +1,4 @@
+vuser_end()
+{
+	return 0;
+}
