@@ -50,8 +50,8 @@ const char* const kScript = R"JS(
 var D=JSON.parse(document.getElementById('run-data').textContent);
 var NS='http://www.w3.org/2000/svg';
 var COLORS=['#4e79a7','#f28e2b','#59a14f','#e15759','#76b7b2','#b07aa1','#edc948','#9c755f','#ff9da7','#bab0ac'];
-var W=640,H=270,L=62,R=14,T=14,B=46;
-var w=D.bucket,n=D.rps.length,end=D.end>0?D.end:n*w;
+var W=640,H=270,L=62,R=26,T=14,B=46;
+var w=D.bucket,n=D.rps.length,end=D.end>0?D.end:(n*w||1);
 function X(i){return Math.min((i+0.5)*w,end);}
 function el(tag,attrs,parent,text){var e=document.createElementNS(NS,tag);for(var k in attrs)e.setAttribute(k,attrs[k]);if(text!=null)e.textContent=text;if(parent)parent.appendChild(e);return e;}
 function niceTicks(max,count){if(!(max>0))max=1;var raw=max/count,mag=Math.pow(10,Math.floor(Math.log10(raw))),r=raw/mag;
@@ -76,13 +76,13 @@ function draw(box,spec){
  timeTicks(end).forEach(function(v){el('line',{x1:xs(v),x2:xs(v),y1:H-B,y2:H-B+4,'class':'axis'},svg);
   el('text',{x:xs(v),y:H-B+16,'text-anchor':'middle'},svg,fmtTime(v,end));});
  el('line',{x1:L,x2:W-R,y1:H-B,y2:H-B,'class':'axis'},svg);el('line',{x1:L,x2:L,y1:T,y2:H-B,'class':'axis'},svg);
- el('text',{x:(L+W-R)/2,y:H-8,'text-anchor':'middle','class':'title'},svg,'elapsed time ('+(end<=120?'s':'m:ss')+')');
+ el('text',{x:(L+W-R)/2,y:H-8,'text-anchor':'middle','class':'title'},svg,'elapsed time ('+(end<=120?'s':end<3600?'m:ss':'h:mm:ss')+')');
  el('text',{x:14,y:(T+H-B)/2,'text-anchor':'middle','class':'title',transform:'rotate(-90 14 '+(T+H-B)/2+')'},svg,spec.yLabel);
  var bw=Math.max(1,(W-L-R)*w/end*0.8);
  spec.series.forEach(function(s){if(s.hidden)return;var seg=[],shown=0;
   s.values.forEach(function(v){if(v!=null)shown++;});
   var marks=shown<=150;
-  function flush(){if(seg.length>1)el('polyline',{points:seg.join(' '),stroke:s.color},svg);seg=[];}
+  function flush(){if(seg.length>1){var p=el('polyline',{points:seg.join(' '),stroke:s.color},svg);if(s.dash)p.setAttribute('stroke-dasharray',s.dash);}seg=[];}
   s.values.forEach(function(v,i){if(v==null)return;total++;
    var x=xs(X(i)),y=ys(v),tip=s.name+': '+fmtNum(v)+(spec.unit?' '+spec.unit:'')+' at '+fmtTime(X(i),1e9);
    if(spec.bars){if(v>0){var r=el('rect',{x:x-bw/2,y:y,width:bw,height:H-B-y,fill:s.color,'class':'bar'},svg);el('title',{},r,tip);}else total--;return;}
@@ -93,11 +93,13 @@ function draw(box,spec){
  svg.setAttribute('data-points',total);
  var legend=box.querySelector('.legend');legend.innerHTML='';
  spec.series.forEach(function(s){var item=document.createElement('span');if(s.hidden)item.className='off';
-  var sw=document.createElement('i');sw.style.background=s.color;item.appendChild(sw);item.appendChild(document.createTextNode(s.name));
+  var sw=document.createElement('i');if(s.dash)sw.style.borderTop='3px '+(s.dash==='2,3'?'dotted ':'dashed ')+s.color;else sw.style.background=s.color;if(s.dash)sw.style.height='0';item.appendChild(sw);item.appendChild(document.createTextNode(s.name));
   if(spec.series.length>1)item.onclick=function(){s.hidden=!s.hidden;draw(box,spec);};legend.appendChild(item);});
 }
 function only(values){return values.map(function(v){return v;});}
-var tx=D.transactions.map(function(t,k){return{name:t.name,color:COLORS[k%COLORS.length],t:t};});
+// Past ten transactions the colours come back dashed, then dotted.
+var DASHES=['','6,3','2,3'];
+var tx=D.transactions.map(function(t,k){return{name:t.name,color:COLORS[k%COLORS.length],dash:DASHES[Math.floor(k/COLORS.length)%3],t:t};});
 var rtSpec={yLabel:'response time (s)',unit:'s',series:tx};
 function percentile(p){tx.forEach(function(s){s.values=s.t[p].map(function(v,i){return s.t.count[i]>0?v:null;});});
  draw(document.getElementById('plot-rt'),rtSpec);

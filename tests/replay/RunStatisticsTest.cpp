@@ -3,6 +3,7 @@
 // message, the progress line, the bounded time series, and the cost of a
 // request.
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
@@ -15,7 +16,21 @@
 
 #include "webstep/replay/RunStatistics.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+// Exported by the sanitizer's runtime; g++ ships no header that declares it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
+#endif
+
 namespace {
+
+std::size_t HeapInUse() {
+#if defined(__SANITIZE_ADDRESS__)
+    return __sanitizer_get_current_allocated_bytes();
+#else
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+#endif
+}
 
 using Histogram = CRunStatistics::Histogram;
 
@@ -521,6 +536,36 @@ TEST(RunStatisticsTest, TimeSeriesKeepsBoundedBucketsForALongRun) {
     EXPECT_EQ(transactions, requests);
     for (unsigned users : series.users)
         EXPECT_EQ(users, 1u);
+}
+
+TEST(RunStatisticsTest, MemoryStaysFlatOverALongRun) {
+    CRunStatistics stats;
+    RequestRecord request = Request(0, 0.1, 200, "home", "t");
+    TransactionRecord transaction = Transaction("t", 0, 0.1);
+    HttpResponse response;
+    auto feed = [&](int from, int to) {
+        for (int i = from; i < to; ++i) {
+            // A request every half second for eleven days, durations spread
+            // over three decades.
+            request.start = i * 0.5;
+            request.timings.total = 0.001 * (1 + i % 1000);
+            request.status = i % 50 ? 200 : 503;
+            request.error = i % 50 ? "" : "HTTP 503";
+            stats.OnRequest(request, response);
+            transaction.start = request.start;
+            transaction.duration = request.timings.total * 3;
+            stats.OnTransaction(transaction);
+        }
+    };
+    // The first million fill the histograms of the buckets over the range
+    // of durations; after that the structure is as large as it gets.
+    feed(0, 1000000);
+    const std::size_t before = HeapInUse();
+    feed(1000000, 3000000);
+    const std::size_t after = HeapInUse();
+    EXPECT_LT(after, before + 64 * 1024) << "heap grew from " << before << " to " << after;
+    EXPECT_EQ(stats.Requests(), 3000000u);
+    EXPECT_LE(stats.TimeSeries().requestsPerSecond.size(), CRunStatistics::kMaxBuckets);
 }
 
 TEST(RunStatisticsTest, TimeSeriesPercentilesPerTransactionPerBucket) {
