@@ -319,6 +319,20 @@ TEST_F(ResultsWriterTest, MillionRecordsKeepMemoryFlat) {
     EXPECT_EQ(last.rfind("\"summary\":{\"end\":50.000000,\"requests\":900100", 0), 0u) << last;
 }
 
+TEST_F(ResultsWriterTest, HugeTextIsWrittenWhole) {
+    const fs::path target = folder / "huge-text.json";
+    CResultsWriter writer(target.string());
+    RequestRecord record = Request(0, 0);
+    record.request.url = "http://example.test/?" + std::string(10 * 1024 * 1024, 'a');
+    record.error = std::string(3 * 1024 * 1024, '"');  // each one escaped
+    writer.OnRequest(record, HttpResponse());
+    std::string error;
+    ASSERT_TRUE(writer.OnRunEnd(1, error)) << error;
+    const nlohmann::json doc = nlohmann::json::parse(ReadFile(target));
+    EXPECT_EQ(doc["events"][0]["url"], record.request.url);
+    EXPECT_EQ(doc["events"][0]["error"], record.error);
+}
+
 TEST(ResultsWriterJsonTest, TextIsEscapedAndNumbersAreFixed) {
     std::string out;
     CResultsWriter::AppendJsonString(out, "plain/url?a=1");
@@ -327,6 +341,17 @@ TEST(ResultsWriterJsonTest, TextIsEscapedAndNumbersAreFixed) {
     CResultsWriter::AppendNumber(out, 1.5, 3);
     CResultsWriter::AppendNumber(out, std::numeric_limits<double>::quiet_NaN(), 2);
     EXPECT_EQ(out, R"("plain/url?a=1""nul\u0000byte""</script>\\"1.5000.00)");
+    std::string small;
+    CResultsWriter::AppendNumber(small, -0.0000004, 6);
+    small += ' ';
+    CResultsWriter::AppendNumber(small, -2.5, 3);
+    small += ' ';
+    CResultsWriter::AppendNumber(small, 0.1234567, 6);
+    small += ' ';
+    CResultsWriter::AppendNumber(small, 2e9, 2);
+    small += ' ';
+    CResultsWriter::AppendNumber(small, std::uint64_t(18446744073709551615ULL));
+    EXPECT_EQ(small, "0.000000 -2.500 0.123457 2000000000.00 18446744073709551615");
     std::string huge;
     CResultsWriter::AppendNumber(huge, 1e300, 1);
     EXPECT_EQ(huge.size(), 303u);
