@@ -16,6 +16,13 @@ double Sane(double seconds) {
     return std::min(seconds, kLongestTime);
 }
 
+// The value of rank ceil(p/100 * n) of a sorted, non-empty list.
+double NearestRank(const std::vector<double>& sorted, double p) {
+    auto rank = static_cast<std::size_t>(std::ceil(p * double(sorted.size()) / 100.0));
+    rank = std::clamp<std::size_t>(rank, 1, sorted.size());
+    return sorted[rank - 1];
+}
+
 // Columns are aligned by characters, not bytes: UTF-8 continuation bytes
 // take no room.
 std::size_t DisplayWidth(std::string_view text) {
@@ -343,6 +350,12 @@ void CRunStatistics::OnTransaction(const TransactionRecord& transaction) {
         case TransactionRecord::Status::Pass:
             stats.passed += 1;
             stats.durations.Add(transaction.duration);
+            if (stats.durations.Count() <= kExactSamples) {
+                stats.exact.push_back(Sane(transaction.duration));
+            } else if (!stats.exact.empty()) {
+                stats.exact.clear();
+                stats.exact.shrink_to_fit();
+            }
             if (index < kMaxSeriesTransactions) {
                 if (bucket.transactions.size() <= index)
                     bucket.transactions.resize(index + 1);
@@ -412,9 +425,17 @@ std::vector<CRunStatistics::TransactionRow> CRunStatistics::Transactions() const
         row.count = stats.passed + stats.failed + stats.stopped;
         row.min = stats.durations.Min();
         row.average = stats.durations.Mean();
-        row.p50 = stats.durations.Percentile(50);
-        row.p90 = stats.durations.Percentile(90);
-        row.p95 = stats.durations.Percentile(95);
+        if (!stats.exact.empty() && stats.exact.size() == stats.durations.Count()) {
+            std::vector<double> sorted = stats.exact;
+            std::sort(sorted.begin(), sorted.end());
+            row.p50 = NearestRank(sorted, 50);
+            row.p90 = NearestRank(sorted, 90);
+            row.p95 = NearestRank(sorted, 95);
+        } else {
+            row.p50 = stats.durations.Percentile(50);
+            row.p90 = stats.durations.Percentile(90);
+            row.p95 = stats.durations.Percentile(95);
+        }
         row.max = stats.durations.Max();
         rows.push_back(std::move(row));
     }

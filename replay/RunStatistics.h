@@ -65,7 +65,9 @@ public:
     };
 
     /// One row of the transaction table. The times are those of the passed
-    /// transactions (a quick failure would otherwise look like a fast page);
+    /// transactions (a quick failure would otherwise look like a fast page):
+    /// exact nearest-rank percentiles while a transaction has passed at most
+    /// kExactSamples times, from its histogram after that;
     /// count is every record, so count = passed + failed + stopped (a
     /// transaction ended with Stop counts as neither passed nor failed). A
     /// transaction that requests named but that never ended has count 0.
@@ -122,6 +124,7 @@ public:
         std::vector<Transaction> transactions;
     };
 
+    static constexpr std::size_t kExactSamples = 256;
     static constexpr std::size_t kMaxBuckets = 600;
     static constexpr std::size_t kMaxSeriesTransactions = 50;
     static constexpr std::size_t kMaxNames = 10000;
@@ -184,6 +187,8 @@ private:
         std::uint64_t failed = 0;
         std::uint64_t stopped = 0;
         Histogram durations;
+        /// The durations themselves while there are at most kExactSamples.
+        std::vector<double> exact;
     };
     struct Bucket {
         std::uint64_t requests = 0;

@@ -254,6 +254,39 @@ TEST(RunStatisticsTest, TransactionTableCountsAndPercentilesOfPassedOnes) {
     EXPECT_TRUE(stats.Failed());
 }
 
+TEST(RunStatisticsTest, FewTransactionsGiveExactPercentiles) {
+    // Up to kExactSamples the table shows the durations themselves, not the
+    // midpoints of their histogram bins (0.28 rather than 0.279).
+    for (std::size_t n : {std::size_t(1), std::size_t(11), CRunStatistics::kExactSamples}) {
+        CRunStatistics stats;
+        std::vector<double> values;
+        for (std::size_t i = 0; i < n; ++i) {
+            const double d = 0.1 + 0.02 * double(i % 11);
+            values.push_back(d);
+            stats.OnTransaction(Transaction("t", 0, d));
+        }
+        std::sort(values.begin(), values.end());
+        const auto row = stats.Transactions().at(0);
+        EXPECT_EQ(row.p50, NearestRank(values, 50)) << n;
+        EXPECT_EQ(row.p90, NearestRank(values, 90)) << n;
+        EXPECT_EQ(row.p95, NearestRank(values, 95)) << n;
+    }
+    // One more and the histogram answers, within its 1/128.
+    CRunStatistics stats;
+    Histogram histogram;
+    std::vector<double> values;
+    for (std::size_t i = 0; i <= CRunStatistics::kExactSamples; ++i) {
+        const double d = 0.1 + 0.02 * double(i % 11);
+        values.push_back(d);
+        histogram.Add(d);
+        stats.OnTransaction(Transaction("t", 0, d));
+    }
+    std::sort(values.begin(), values.end());
+    const auto row = stats.Transactions().at(0);
+    EXPECT_EQ(row.p90, histogram.Percentile(90));
+    EXPECT_NEAR(row.p90, NearestRank(values, 90), NearestRank(values, 90) / 128);
+}
+
 TEST(RunStatisticsTest, StoppedTransactionCountsAsNeitherPassedNorFailed) {
     CRunStatistics stats;
     stats.OnTransaction(Transaction("t", 0, 1, TransactionRecord::Status::Stop));
