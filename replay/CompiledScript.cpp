@@ -400,94 +400,154 @@ private:
 
 }  // namespace
 
-ScriptUserResult CCompiledScript::RunUser(CVirtualUser& user, CUserClock& clock,
-                                          CReplayObserver* observer, unsigned iterations) const {
-    ScriptUserResult result;
-    if (!m_loaded || m_folder == nullptr) {
-        result.message = m_error.empty() ? "the script is not loaded" : m_error;
-        return result;
+CCompiledScript::CSession::CSession(const CCompiledScript& script, CVirtualUser& user,
+                                    CUserClock& clock, CReplayObserver* observer,
+                                    const ScriptIdentity& identity)
+    : m_script(script), m_clock(clock) {
+    if (!script.m_loaded || script.m_folder == nullptr) {
+        m_result.message = script.m_error.empty() ? "the script is not loaded" : script.m_error;
+        return;
     }
-    Context context(user, observer, m_options.identity);
+    auto context = std::make_unique<Context>(user, observer, identity);
     std::string error;
-    context.copy = LoadCopy(error);
-    if (!context.copy) {
-        result.message = error;
-        return result;
+    context->copy = script.LoadCopy(error);
+    if (!context->copy) {
+        m_result.message = error;
+        return;
     }
-    CScriptRuntime& runtime = context.runtime;
-    ThreadSetup setup(runtime, m_options.stepTimeout);
-    std::mt19937_64 random(m_options.seed * 0x9E3779B97F4A7C15ULL + user.User());
-    bool fatal = false, endUser = false, aborted = false;
+    m_context = std::move(context);
+    m_random = std::make_unique<std::mt19937_64>(script.m_options.seed * 0x9E3779B97F4A7C15ULL +
+                                                 user.User());
+}
 
-    // Runs a group's actions; false when the rest of the run must stop.
-    auto runGroup = [&](const RunLogicNode& group, bool& iterationFailed) {
-        std::vector<std::string> actions;
-        CRunLogic::Expand(group, random, actions);
-        for (const std::string& action : actions) {
-            const ScriptLeave leave = RunAction(context, action);
-            const Outcome outcome = OutcomeOf(leave, runtime);
-            if (leave == ScriptLeave::StepFailed || runtime.ExitFailed())
-                iterationFailed = true;
-            if (outcome.fatal) {
-                Finish(context, leave, result);
-                fatal = true;
-                return;
-            }
-            if (outcome.abort)
-                aborted = true;
-            if (outcome.endUser) {
-                endUser = true;
-                return;
-            }
-            if (outcome.endIteration)
-                return;
+CCompiledScript::CSession::~CSession() = default;
+
+bool CCompiledScript::CSession::Loaded() const {
+    return m_context != nullptr;
+}
+
+bool CCompiledScript::CSession::MustEnd() const {
+    return m_fatal || m_endUser || m_context == nullptr;
+}
+
+// Runs a group's actions until one ends the iteration or the user.
+void CCompiledScript::CSession::RunGroup(const RunLogicNode& group, bool& iterationFailed) {
+    CScriptRuntime& runtime = m_context->runtime;
+    std::vector<std::string> actions;
+    CRunLogic::Expand(group, *m_random, actions);
+    for (const std::string& action : actions) {
+        const ScriptLeave leave = m_script.RunAction(*m_context, action);
+        const Outcome outcome = OutcomeOf(leave, runtime);
+        if (leave == ScriptLeave::StepFailed || runtime.ExitFailed())
+            iterationFailed = true;
+        if (outcome.fatal) {
+            m_script.Finish(*m_context, leave, m_result);
+            m_fatal = true;
+            return;
         }
-    };
+        if (outcome.abort)
+            m_aborted = true;
+        if (outcome.endUser) {
+            m_endUser = true;
+            return;
+        }
+        if (outcome.endIteration)
+            return;
+    }
+}
 
-    const unsigned count = iterations != 0 ? iterations : m_folder->Iterations();
-    bool failed = false;
+bool CCompiledScript::CSession::RunInit() {
+    if (MustEnd())
+        return false;
+    // The thread's set-up lasts for the call only: the next call may come
+    // from another thread.
+    ThreadSetup setup(m_context->runtime, m_script.m_options.stepTimeout);
+    CVirtualUser& user = m_context->user;
+    bool ignored = false;
     user.BeginIteration(1);
-    runGroup(m_folder->RunLogic().Init(), failed);
+    RunGroup(m_script.m_folder->RunLogic().Init(), ignored);
+    user.EndIteration();
+    m_context->runtime.EndIteration();
+    m_context->runtime.TransactionStarts().clear();
+    return !MustEnd();
+}
+
+bool CCompiledScript::CSession::RunIteration() {
+    if (MustEnd() || m_ended)
+        return false;
+    ThreadSetup setup(m_context->runtime, m_script.m_options.stepTimeout);
+    CVirtualUser& user = m_context->user;
+    CScriptRuntime& runtime = m_context->runtime;
+    const unsigned i = ++m_result.iterations;
+    m_iterationStart = m_clock.Now();
+    const std::size_t failedBefore = user.FailedSteps();
+    runtime.SetExitFailed(false);
+    user.BeginIteration(i);
+    bool iterationFailed = false;
+    RunGroup(m_script.m_folder->RunLogic().Run(), iterationFailed);
+    m_lastFailed = iterationFailed || m_fatal || user.FailedSteps() > failedBefore;
+    if (m_lastFailed)
+        ++m_result.failedIterations;
+    if (m_fatal) {
+        user.IterationEnded(i, true);
+        return false;
+    }
     user.EndIteration();
     runtime.EndIteration();
     runtime.TransactionStarts().clear();
-    for (unsigned i = 1; i <= count && !fatal && !endUser && !user.StopRequested(); ++i) {
-        const double start = clock.Now();
-        const std::size_t failedBefore = user.FailedSteps();
-        runtime.SetExitFailed(false);
-        user.BeginIteration(i);
-        ++result.iterations;
-        bool iterationFailed = false;
-        runGroup(m_folder->RunLogic().Run(), iterationFailed);
-        const bool thisFailed = iterationFailed || fatal || user.FailedSteps() > failedBefore;
-        if (thisFailed)
-            ++result.failedIterations;
-        if (fatal) {
-            user.IterationEnded(i, true);
-            break;
-        }
+    user.IterationEnded(i, m_lastFailed);
+    if (runtime.Pending() == ScriptLeave::ExitUserAfterIteration)
+        m_endUser = true;
+    return !MustEnd();
+}
+
+double CCompiledScript::CSession::PacingWait() {
+    if (m_context == nullptr)
+        return 0;
+    return m_script.m_folder->Settings().Pacing().Wait(m_clock.Now() - m_iterationStart, *m_random);
+}
+
+void CCompiledScript::CSession::RunEnd() {
+    if (m_context == nullptr || m_fatal || m_ended)
+        return;
+    m_ended = true;
+    ThreadSetup setup(m_context->runtime, m_script.m_options.stepTimeout);
+    CVirtualUser& user = m_context->user;
+    bool ignored = false;
+    user.EnterEndAction();
+    RunGroup(m_script.m_folder->RunLogic().End(), ignored);
+    if (!m_fatal) {
         user.EndIteration();
-        runtime.EndIteration();
-        runtime.TransactionStarts().clear();
-        user.IterationEnded(i, thisFailed);
-        if (runtime.Pending() == ScriptLeave::ExitUserAfterIteration)
-            endUser = true;
-        if (!endUser && i < count && !user.StopRequested())
-            clock.Sleep(m_folder->Settings().Pacing().Wait(clock.Now() - start, random));
-    }
-    if (!fatal) {
-        bool ignored = false;
-        user.EnterEndAction();
-        runGroup(m_folder->RunLogic().End(), ignored);
-        if (!fatal) {
-            user.EndIteration();
-            runtime.EndIteration();
-            result.ending = aborted   ? ScriptUserResult::Ending::Aborted
-                            : endUser ? ScriptUserResult::Ending::Ended
+        m_context->runtime.EndIteration();
+        m_result.ending = m_aborted   ? ScriptUserResult::Ending::Aborted
+                          : m_endUser ? ScriptUserResult::Ending::Ended
                                       : ScriptUserResult::Ending::Completed;
+    }
+}
+
+std::unique_ptr<CCompiledScript::CSession> CCompiledScript::OpenSession(
+    CVirtualUser& user, CUserClock& clock, CReplayObserver* observer,
+    const ScriptIdentity* identity) const {
+    return std::unique_ptr<CSession>(new CSession(
+        *this, user, clock, observer, identity != nullptr ? *identity : m_options.identity));
+}
+
+ScriptUserResult CCompiledScript::RunUser(CVirtualUser& user, CUserClock& clock,
+                                          CReplayObserver* observer, unsigned iterations) const {
+    std::unique_ptr<CSession> session = OpenSession(user, clock, observer);
+    if (!session->Loaded())
+        return session->Result();
+    const unsigned count = iterations != 0 ? iterations : m_folder->Iterations();
+    if (session->RunInit()) {
+        for (unsigned i = 1; i <= count && !user.StopRequested(); ++i) {
+            if (!session->RunIteration())
+                break;
+            if (i < count && !user.StopRequested())
+                clock.Sleep(session->PacingWait());
         }
     }
-    return result;
+    session->RunEnd();
+    return session->Result();
 }
 
 ScriptUserResult CCompiledScript::RunActions(CVirtualUser& user, CReplayObserver* observer,

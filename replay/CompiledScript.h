@@ -33,6 +33,7 @@
 // library (malloc, printf), a lock that call held may stay held.
 #include <cstdint>
 #include <memory>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,9 @@ struct WEBSTEP_API ScriptUserResult {
 /// A script folder's C, compiled and ready to run for any number of users,
 /// each on its own thread.
 class WEBSTEP_API CCompiledScript {
+    struct Copy;
+    struct Context;
+
 public:
     CCompiledScript();
     ~CCompiledScript();
@@ -110,9 +114,64 @@ public:
     ScriptUserResult RunActions(CVirtualUser& user, CReplayObserver* observer,
                                 const std::vector<std::string>& actions) const;
 
+    /// One user's life a piece at a time, for hosts that drive each user
+    /// call by call (one iteration per task of a Python load tool): the
+    /// user's copy of the globals is loaded when the session opens and kept
+    /// until it is destroyed, so init, the iterations and end share them.
+    /// Each call runs on the calling thread; the calls may come from
+    /// different threads, one at a time. RunUser is made of these calls.
+    class WEBSTEP_API CSession {
+    public:
+        ~CSession();
+        CSession(const CSession&) = delete;
+        CSession& operator=(const CSession&) = delete;
+
+        /// The copy of the script loaded (false: Result() says why and
+        /// nothing runs).
+        bool Loaded() const;
+        /// The init action, once. False when the user must end (it crashed
+        /// or ended itself); the end action still runs unless it crashed.
+        bool RunInit();
+        /// One iteration of the run group, numbered from 1 on. False when
+        /// the user must end after it (or could not begin it).
+        bool RunIteration();
+        /// Seconds to wait before the next iteration, as the settings'
+        /// pacing says for the iteration that just ran (measured to now).
+        double PacingWait();
+        /// The end action, once (not after a crash). Result() is final
+        /// after it.
+        void RunEnd();
+        /// The user must end: a crash, a timeout, qz_exit or qz_abort for
+        /// the user, a parameter that ran out.
+        bool MustEnd() const;
+        /// The last iteration failed (a step failed or qz_exit with
+        /// QZ_FAIL).
+        bool LastIterationFailed() const { return m_lastFailed; }
+        const ScriptUserResult& Result() const { return m_result; }
+
+    private:
+        friend class CCompiledScript;
+        CSession(const CCompiledScript& script, CVirtualUser& user, CUserClock& clock,
+                 CReplayObserver* observer, const ScriptIdentity& identity);
+        void RunGroup(const RunLogicNode& group, bool& iterationFailed);
+
+        const CCompiledScript& m_script;
+        CUserClock& m_clock;
+        std::unique_ptr<Context> m_context;
+        std::unique_ptr<std::mt19937_64> m_random;
+        ScriptUserResult m_result;
+        double m_iterationStart = 0;
+        bool m_fatal = false, m_endUser = false, m_aborted = false;
+        bool m_lastFailed = false, m_ended = false;
+    };
+    /// Opens a session of user on this script (see CSession); identity
+    /// replaces the options' one for this user when given. The user, clock
+    /// and observer must outlive the session.
+    std::unique_ptr<CSession> OpenSession(CVirtualUser& user, CUserClock& clock,
+                                          CReplayObserver* observer,
+                                          const ScriptIdentity* identity = nullptr) const;
+
 private:
-    struct Copy;
-    struct Context;
     std::unique_ptr<Copy> LoadCopy(std::string& error) const;
     ScriptLeave RunAction(Context& context, const std::string& action) const;
     void Finish(Context& context, ScriptLeave leave, ScriptUserResult& result) const;
