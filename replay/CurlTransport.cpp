@@ -542,7 +542,7 @@ HttpResponse CCurlTransport::Send(const HttpRequest& request) {
     // The headers as given, in order. A value-less header is written
     // "Name;": libcurl reads "Name:" as "remove that header".
     Slist headers;
-    bool hasContentType = false, hasExpect = false;
+    bool hasContentType = false, hasExpect = false, hasConnection = false;
     auto add = [&](const std::string& line) {
         curl_slist* longer = curl_slist_append(headers.get(), line.c_str());
         if (longer == nullptr)
@@ -559,6 +559,7 @@ HttpResponse CCurlTransport::Send(const HttpRequest& request) {
         }
         hasContentType = hasContentType || EqualsNoCase(header.name, "Content-Type");
         hasExpect = hasExpect || EqualsNoCase(header.name, "Expect");
+        hasConnection = hasConnection || EqualsNoCase(header.name, "Connection");
         if (!add(header.value.empty() ? header.name + ";" : header.name + ": " + header.value)) {
             response.error = "out of memory";
             return response;
@@ -571,6 +572,10 @@ HttpResponse CCurlTransport::Send(const HttpRequest& request) {
         add("Expect:");
     if (!hasContentType)
         add("Content-Type:");
+    // HTTP/1.0 closes the connection after each answer unless asked not to,
+    // as a browser asks when it keeps connections alive.
+    if (m_options.http10 && m_options.keepAlive && !hasConnection)
+        add("Connection: keep-alive");
 
     State& state = *m_state;
     CURL* easy = state.easy;

@@ -1,9 +1,11 @@
 #include "webstep/replay/ScriptRuntime.h"
 
 #include <iconv.h>
+#include <pthread.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <chrono>
@@ -12,6 +14,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
 #include <new>
 #include <string>
 #include <vector>
@@ -38,13 +41,28 @@ double SteadyNow() {
 
 enum class TextRead { Ok, Null, Unreadable, TooLong };
 
+// The process's id, asked of the kernel once per process (not per read:
+// every argument of every call is read this way); a fork asks again.
+std::atomic<pid_t> g_ownPid{0};
+
+pid_t OwnPid() {
+    pid_t pid = g_ownPid.load(std::memory_order_relaxed);
+    if (pid == 0) {
+        static std::once_flag atFork;
+        std::call_once(atFork, [] { pthread_atfork(nullptr, nullptr, [] { g_ownPid.store(0); }); });
+        pid = getpid();
+        g_ownPid.store(pid, std::memory_order_relaxed);
+    }
+    return pid;
+}
+
 // Whether the kernel reads our own memory for us: then a pointer that is not
 // readable gives EFAULT instead of a crash.
 bool SafeReadsWork() {
     static const bool works = [] {
         char from[4] = {'a', 'b', 'c', 0}, to[4] = {0};
         iovec local{to, sizeof to}, remote{from, sizeof from};
-        return process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == 4;
+        return process_vm_readv(OwnPid(), &local, 1, &remote, 1, 0) == 4;
     }();
     return works;
 }
@@ -70,7 +88,7 @@ TextRead ReadText(const char* pointer, std::size_t limit, std::string& out) {
         const std::size_t size = static_cast<std::size_t>(page - (at % page));
         iovec local{chunk, size};
         iovec remote{reinterpret_cast<void*>(at), size};
-        const ssize_t got = process_vm_readv(getpid(), &local, 1, &remote, 1, 0);
+        const ssize_t got = process_vm_readv(OwnPid(), &local, 1, &remote, 1, 0);
         if (got <= 0)
             return TextRead::Unreadable;
         const void* zero = std::memchr(chunk, 0, static_cast<std::size_t>(got));
@@ -111,7 +129,7 @@ ListPointers(va_list& list, const char** pointers, std::size_t room, bool& close
         char head[5] = {0};
         if (SafeReadsWork()) {
             iovec local{head, 5}, remote{const_cast<char*>(pointer), 5};
-            if (process_vm_readv(getpid(), &local, 1, &remote, 1, 0) == 5 &&
+            if (process_vm_readv(OwnPid(), &local, 1, &remote, 1, 0) == 5 &&
                 std::memcmp(head, "LAST", 5) == 0) {
                 closed = true;
                 break;

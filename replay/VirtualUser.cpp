@@ -1162,20 +1162,30 @@ void CVirtualUser::EndIteration() {
 bool CVirtualUser::RunActionFile(const std::string& actionName) {
     const FolderAction* action = m_folder.FindAction(actionName);
     const std::string file = action != nullptr ? action->file : actionName + ".c";
-    const std::string path = (std::filesystem::path(m_folder.Dir()) / file).string();
-    CScriptReader reader([this](const MString& name) { return m_parser.IsKnown(name); });
-    ScriptReadResult result;
-    if (!reader.ReadFile(path.c_str(), result)) {
-        Message("error", "cannot read the action file " + path);
-        return false;
+    // Each file is read and its calls taken apart once per user, not once
+    // per iteration.
+    auto cached = m_actionFiles.find(file);
+    if (cached == m_actionFiles.end()) {
+        const std::string path = (std::filesystem::path(m_folder.Dir()) / file).string();
+        CScriptReader reader([this](const MString& name) { return m_parser.IsKnown(name); });
+        ScriptReadResult result;
+        if (!reader.ReadFile(path.c_str(), result)) {
+            Message("error", "cannot read the action file " + path);
+            return false;
+        }
+        std::vector<ActionCall> calls;
+        for (const ScriptCall& call : result.calls) {
+            if (call.kind == EScriptCallKind::UnknownFunction)
+                continue;
+            ActionCall kept{call.function, {}, call.line};
+            for (const ScriptArgument& argument : call.arguments)
+                kept.arguments.push_back(argument.value);
+            calls.push_back(std::move(kept));
+        }
+        cached = m_actionFiles.emplace(file, std::move(calls)).first;
     }
-    for (const ScriptCall& call : result.calls) {
-        if (call.kind == EScriptCallKind::UnknownFunction)
-            continue;
-        std::vector<std::string> arguments;
-        for (const ScriptArgument& argument : call.arguments)
-            arguments.push_back(argument.value);
-        Call(call.function, arguments, file, call.line);
+    for (const ActionCall& call : cached->second) {
+        Call(call.function, call.arguments, file, call.line);
         if (m_next != UserNext::Continue)
             break;
     }

@@ -191,6 +191,13 @@ private:
     // Resources fetched in this iteration (the cache), by URL.
     std::map<std::string, bool> m_cache;
     std::vector<std::unique_ptr<OpenTransaction>> m_transactions;
+    // The calls of the action files read so far, by file name.
+    struct ActionCall {
+        std::string function;
+        std::vector<std::string> arguments;
+        unsigned line = 0;
+    };
+    std::map<std::string, std::vector<ActionCall>> m_actionFiles;
     // The arguments of the call being handled, as written.
     const std::vector<std::string>* m_writtenArguments = nullptr;
 

@@ -351,6 +351,28 @@ TEST_F(CurlTransportTest, KeepAliveReusesOneConnection) {
     EXPECT_NE(after["clientPort"], third["clientPort"]);
 }
 
+TEST_F(CurlTransportTest, Http10KeepsTheConnectionAliveWhenAsked) {
+    CurlTransportOptions options;
+    options.http10 = true;
+    CCurlTransport transport(options);
+    const nlohmann::json first = Echo(transport.Send(Request("GET", Url("/echo?1"))));
+    const nlohmann::json second = Echo(transport.Send(Request("GET", Url("/echo?2"))));
+    EXPECT_EQ(first["version"], "HTTP/1.0");
+    EXPECT_EQ(first["clientPort"], second["clientPort"]);
+    bool asked = false;
+    for (const auto& [name, value] : Headers(first))
+        asked = asked || (name == "Connection" && value == "keep-alive");
+    EXPECT_TRUE(asked) << first.dump();
+    // Without keep-alive, no such header and a connection per request.
+    options.keepAlive = false;
+    CCurlTransport closing(options);
+    const nlohmann::json third = Echo(closing.Send(Request("GET", Url("/echo?3"))));
+    const nlohmann::json fourth = Echo(closing.Send(Request("GET", Url("/echo?4"))));
+    EXPECT_NE(third["clientPort"], fourth["clientPort"]);
+    for (const auto& [name, value] : Headers(third))
+        EXPECT_FALSE(name == "Connection" && value == "keep-alive");
+}
+
 TEST_F(CurlTransportTest, KeepAliveOffOpensAConnectionPerRequest) {
     CurlTransportOptions options;
     options.keepAlive = false;

@@ -3,6 +3,7 @@
 // the extra resources, the parse error; and what an error answer leaves.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <map>
 
 #include "settings/ScratchDir.h"
@@ -213,6 +214,21 @@ TEST_F(VirtualUserRecordTest, ACallThatDoesNotParseKeepsItsErrorCode) {
     EXPECT_NE(step.errorCode, 0);
     EXPECT_FALSE(step.errorAttributes.empty());
     EXPECT_FALSE(step.planned);
+}
+
+TEST_F(VirtualUserRecordTest, AnActionFileIsReadOncePerUser) {
+    ScratchDir::Write(dir.File("Action.c"),
+                      "Action() { web_url(\"a\", \"URL=http://h.org/a\", LAST); return 0; }\n");
+    User();
+    transport.Page("http://h.org/a", "<p>a</p>");
+    ASSERT_TRUE(user->RunActionFile("Action"));
+    // Later iterations run the calls read the first time.
+    std::filesystem::remove(dir.File("Action.c"));
+    ASSERT_TRUE(user->RunActionFile("Action"));
+    ASSERT_EQ(transport.sent.size(), 2u);
+    EXPECT_EQ(transport.sent[1].url, "http://h.org/a");
+    // A file that was never there still says so.
+    EXPECT_FALSE(user->RunActionFile("Missing"));
 }
 
 TEST_F(VirtualUserRecordTest, BinaryBodiesAreShownEscaped) {
