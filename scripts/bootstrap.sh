@@ -11,6 +11,10 @@ bash "$(dirname "$0")/install-packages.sh" \
 # node's har-validator (pinned in tests/har) reads the HAR file. Without a
 # browser or without node those tests say so and skip.
 bash "$(dirname "$0")/install-packages.sh" --optional --for "the HTML report test" chromium
+# The Python package and its Locust user (the build and its tests skip
+# them without these).
+bash "$(dirname "$0")/install-packages.sh" --optional --for "the Python package and its Locust test" \
+  python3-dev pybind11-dev python3-locust
 if ! command -v npm >/dev/null 2>&1; then
   bash "$(dirname "$0")/install-packages.sh" --optional --for "the HAR file test" npm
 fi
