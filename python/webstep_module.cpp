@@ -208,7 +208,7 @@ public:
     void SetUserCount(unsigned users) {
         if (users == 0)
             throw py::value_error("user_count must be at least 1");
-        const_cast<CParameterSet&>(m_parameters).SetUserCount(users);
+        m_parameters.SetUserCount(users);
     }
     std::vector<std::string> Actions() const {
         std::vector<std::string> names;
@@ -345,6 +345,7 @@ public:
                 RunPlain(Group::Init);
                 m_user->EndIteration();
             }
+            ForwardParameterMessages();
             events = m_events.Take();
         }
         return ToPython(events);
@@ -377,6 +378,7 @@ public:
                     m_user->EndIteration();
                 }
             }
+            ForwardParameterMessages();
             events = m_events.Take();
         }
         return ToPython(events);
@@ -400,6 +402,7 @@ public:
                 }
             }
             m_stage = Stage::Ended;
+            ForwardParameterMessages();
             events = m_events.Take();
         }
         return ToPython(events);
@@ -462,6 +465,17 @@ private:
     // RuntimeError once the lock is back.
     [[noreturn]] static void Misuse(const std::string& message) { throw MisuseError{message}; }
 
+    // The parameters' own warnings (two live users with one number, a
+    // table that ran out) come along as messages.
+    void ForwardParameterMessages() {
+        const FolderMessages& messages = m_user->Parameters().Messages();
+        for (; m_parameterMessages < messages.size(); ++m_parameterMessages) {
+            const FolderMessage& message = messages[m_parameterMessages];
+            m_events.OnMessage(message.kind == FolderMessage::Kind::Note ? "note" : "warning",
+                               message.Format());
+        }
+    }
+
     // Step calls in order, without compiling: the run logic's groups for a
     // folder with a description, otherwise the action files by name (those
     // holding "init" first, "end" last, the others the run group).
@@ -520,6 +534,7 @@ private:
     std::atomic<bool> m_mustEnd{false};
     std::atomic<bool> m_lastFailed{false};
     bool m_plainEnded = false;
+    std::size_t m_parameterMessages = 0;
     double m_iterationStart = 0;
 };
 

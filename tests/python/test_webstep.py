@@ -260,6 +260,16 @@ class OwnFolders(unittest.TestCase):
             rows[number] = outputs(user.run_iteration()) + outputs(user.run_iteration())
             user.run_end()
         self.assertEqual(rows, {1: ["r1", "r2"], 2: ["r3", "r4"], 3: ["r5", "r6"]})
+        # Two live users with one number share a block, and are told so.
+        first, second = webstep.VirtualUser(script, 2), webstep.VirtualUser(script, 2)
+        first.run_init()
+        first.run_iteration()
+        second.run_init()
+        events = second.run_iteration()
+        warnings = [e.text for e in kinds(events, "message") if e.level == "warning"]
+        self.assertTrue(any("another user with the number 2" in text for text in warnings),
+                        events)
+        self.assertEqual(outputs(events), ["r3"])
         with self.assertRaisesRegex(ValueError, "user_count must be at least 1"):
             script.user_count = 0
 
@@ -315,6 +325,25 @@ class OwnFolders(unittest.TestCase):
         self.assertEqual(outputs(user.run_end()), [])  # no end after a crash
         self.assertEqual(user.ending, "crashed")
         self.assertIn("user 9: SIGSEGV", user.end_message)
+
+    def test_a_folder_without_a_description_replays_its_step_calls_in_order(self):
+        path = tempfile.mkdtemp(prefix="webstep-py-plain-")
+        self.addCleanup(shutil.rmtree, path, True)
+        for name, transaction in (("vuser_init.c", "opening"), ("Action.c", "working"),
+                                  ("vuser_end.c", "closing")):
+            with open(os.path.join(path, name), "w") as out:
+                out.write(f'f() {{ qz_start_transaction("{transaction}"); '
+                          f'qz_end_transaction("{transaction}", QZ_PASS); return 0; }}\n')
+        with open(os.path.join(path, "default.cfg"), "w") as out:
+            out.write("[WEB]\nHttpVer=HTTP/1.1\n")
+        script = webstep.Script(path)
+        self.assertFalse(script.compiled)
+        user = webstep.VirtualUser(script, 1)
+        names = [[t.name for t in kinds(events, "transaction")]
+                 for events in (user.run_init(), user.run_iteration(), user.run_iteration(),
+                                user.run_end())]
+        self.assertEqual(names, [["opening"], ["working"], ["working"], ["closing"]])
+        self.assertEqual(user.ending, "completed")
 
     def test_c_that_does_not_compile_raises_script_error_with_the_compilers_messages(self):
         folder = self.folder(run="run() {\n  int x = ;\n  return 0;\n}\n")
