@@ -247,39 +247,26 @@ void CHarWriter::AppendStarted(std::string& out, double seconds) {
 }
 
 CHarWriter::CHarWriter(std::string path, std::chrono::system_clock::time_point wallStart)
-    : m_path(std::move(path)), m_wallStart(wallStart) {}
+    : m_wallStart(wallStart), m_file(std::move(path), "the HAR file", [](std::string& out) {
+          out += "{\"log\":{\"version\":\"1.2\",\"creator\":{\"name\":\"webstep\",\"version\":";
+          Json::AppendJsonString(out, webstep::GetVersion());
+          out += "},\"entries\":[";
+      }) {}
 
 CHarWriter::~CHarWriter() = default;
 
 bool CHarWriter::Open(std::string& error) {
-    if (m_file.IsOpen())
-        return true;
-    m_triedOpen = true;
-    if (!m_file.Open(m_path, m_openError)) {
-        error = m_openError;
-        return false;
-    }
-    std::string& out = m_file.Buffer();
-    out += "{\"log\":{\"version\":\"1.2\",\"creator\":{\"name\":\"webstep\",\"version\":";
-    Json::AppendJsonString(out, webstep::GetVersion());
-    out += "},\"entries\":[";
-    return true;
+    return m_file.Open(error);
 }
 
 void CHarWriter::OnRequest(const RequestRecord& record, const HttpResponse& response) {
-    if (m_ended)
+    std::string* buffer = m_file.Record();
+    if (buffer == nullptr)
         return;
-    if (!m_file.IsOpen()) {
-        if (m_triedOpen)
-            return;
-        std::string error;
-        if (!Open(error))
-            return;
-    }
     const HttpRequest& request = record.request;
     const bool answered = record.status != 0;
     const Timings timings = ToHar(record.timings);
-    std::string& out = m_file.Buffer();
+    std::string& out = *buffer;
     out += m_firstEntry ? "\n" : ",\n";
     m_firstEntry = false;
 
@@ -366,19 +353,6 @@ void CHarWriter::OnRequest(const RequestRecord& record, const HttpResponse& resp
 }
 
 bool CHarWriter::OnRunEnd(double time, std::string& error) {
-    if (m_ended) {
-        error = "the HAR file " + m_path + " was already finished";
-        return false;
-    }
-    if (!m_file.IsOpen() && !m_triedOpen) {
-        std::string ignored;
-        Open(ignored);
-    }
-    m_ended = true;
-    if (!m_file.IsOpen()) {
-        error = m_openError;
-        return false;
-    }
-    m_file.Buffer() += m_firstEntry ? "]}}\n" : "\n]}}\n";
-    return m_file.Commit(error);
+    return m_file.Finish([this](std::string& out) { out += m_firstEntry ? "]}}\n" : "\n]}}\n"; },
+                         error);
 }

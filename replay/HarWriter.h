@@ -58,12 +58,8 @@ private:
     /// made once per second (entries come in time order, roughly).
     void AppendStarted(std::string& out, double seconds);
 
-    std::string m_path;
     std::chrono::system_clock::time_point m_wallStart;
-    CResultsWriter::StreamedFile m_file;
-    std::string m_openError;
-    bool m_triedOpen = false;
-    bool m_ended = false;
+    CResultsWriter::RunFile m_file;
     bool m_firstEntry = true;
     long long m_isoSecond = -1;
     std::string m_isoPrefix;

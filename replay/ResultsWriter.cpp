@@ -216,12 +216,13 @@ std::string CResultsWriter::IsoTime(std::chrono::system_clock::time_point start,
 
 // ---- the writer ----
 
-CResultsWriter::CResultsWriter(std::string path, std::chrono::system_clock::time_point wallStart)
-    : m_path(std::move(path)), m_wallStart(wallStart) {}
+// ---- a run file's life ----
 
-CResultsWriter::~CResultsWriter() = default;
+CResultsWriter::RunFile::RunFile(std::string path, std::string what,
+                                 std::function<void(std::string&)> head)
+    : m_path(std::move(path)), m_what(std::move(what)), m_head(std::move(head)) {}
 
-bool CResultsWriter::Open(std::string& error) {
+bool CResultsWriter::RunFile::Open(std::string& error) {
     if (m_file.IsOpen())
         return true;
     m_triedOpen = true;
@@ -229,24 +230,62 @@ bool CResultsWriter::Open(std::string& error) {
         error = m_openError;
         return false;
     }
-    std::string& out = m_file.Buffer();
-    out += "{\"format\":\"webstep-results\",\"version\":1,\"startedAt\":";
-    AppendJsonString(out, IsoTime(m_wallStart, 0));
-    out += ",\"events\":[";
+    m_head(m_file.Buffer());
     return true;
 }
 
-bool CResultsWriter::BeginEvent(const char* type) {
+std::string* CResultsWriter::RunFile::Record() {
     if (m_ended)
-        return false;
+        return nullptr;
     if (!m_file.IsOpen()) {
         if (m_triedOpen)
-            return false;
+            return nullptr;
         std::string error;
         if (!Open(error))
-            return false;
+            return nullptr;
     }
-    std::string& out = m_file.Buffer();
+    return &m_file.Buffer();
+}
+
+bool CResultsWriter::RunFile::Finish(const std::function<void(std::string&)>& tail,
+                                     std::string& error) {
+    if (m_ended) {
+        error = m_what + " " + m_path + " was already finished";
+        return false;
+    }
+    if (!m_file.IsOpen() && !m_triedOpen) {
+        std::string ignored;
+        Open(ignored);
+    }
+    m_ended = true;
+    if (!m_file.IsOpen()) {
+        error = m_openError;
+        return false;
+    }
+    tail(m_file.Buffer());
+    return m_file.Commit(error);
+}
+
+// ---- the writer ----
+
+CResultsWriter::CResultsWriter(std::string path, std::chrono::system_clock::time_point wallStart)
+    : m_wallStart(wallStart), m_file(std::move(path), "the results file", [this](std::string& out) {
+          out += "{\"format\":\"webstep-results\",\"version\":1,\"startedAt\":";
+          AppendJsonString(out, IsoTime(m_wallStart, 0));
+          out += ",\"events\":[";
+      }) {}
+
+CResultsWriter::~CResultsWriter() = default;
+
+bool CResultsWriter::Open(std::string& error) {
+    return m_file.Open(error);
+}
+
+bool CResultsWriter::BeginEvent(const char* type) {
+    std::string* buffer = m_file.Record();
+    if (buffer == nullptr)
+        return false;
+    std::string& out = *buffer;
     out += m_firstEvent ? "\n" : ",\n";
     m_firstEvent = false;
     out += "{\"type\":\"";
@@ -256,7 +295,8 @@ bool CResultsWriter::BeginEvent(const char* type) {
 }
 
 void CResultsWriter::EndEvent() {
-    m_file.Buffer() += '}';
+    if (std::string* out = m_file.Record())
+        *out += '}';
     m_file.FlushIfFull();
 }
 
@@ -264,7 +304,7 @@ void CResultsWriter::OnRequest(const RequestRecord& request, const HttpResponse&
     ++m_requests;
     if (!BeginEvent("request"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"start\":";
     AppendNumber(out, request.start);
     out += ",\"duration\":";
@@ -307,7 +347,7 @@ void CResultsWriter::OnStep(const StepRecord& step) {
     ++m_stepsFailed;
     if (!BeginEvent("stepFailed"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"function\":";
     AppendJsonString(out, step.function);
     out += ",\"name\":";
@@ -337,7 +377,7 @@ void CResultsWriter::OnTransaction(const TransactionRecord& transaction) {
         ++m_transactionsFailed;
     if (!BeginEvent("transaction"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"name\":";
     AppendJsonString(out, transaction.name);
     out += ",\"status\":\"";
@@ -361,7 +401,7 @@ void CResultsWriter::OnUserStart(unsigned user, double time) {
     ++m_usersStarted;
     if (!BeginEvent("userStart"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"user\":";
     AppendNumber(out, static_cast<std::uint64_t>(user));
     out += ",\"time\":";
@@ -374,7 +414,7 @@ void CResultsWriter::OnUserEnd(const UserEndRecord& end) {
         ++m_usersFailed;
     if (!BeginEvent("userEnd"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"user\":";
     AppendNumber(out, static_cast<std::uint64_t>(end.user));
     out += ",\"time\":";
@@ -393,7 +433,7 @@ void CResultsWriter::OnIteration(unsigned user, unsigned iteration, bool failed,
     ++m_iterations;
     if (!BeginEvent("iteration"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"user\":";
     AppendNumber(out, static_cast<std::uint64_t>(user));
     out += ",\"iteration\":";
@@ -408,7 +448,7 @@ void CResultsWriter::OnRunMessage(const std::string& level, const std::string& t
     ++m_messages;
     if (!BeginEvent("runMessage"))
         return;
-    std::string& out = m_file.Buffer();
+    std::string& out = *m_file.Record();
     out += ",\"level\":";
     AppendJsonString(out, level);
     out += ",\"text\":";
@@ -417,39 +457,28 @@ void CResultsWriter::OnRunMessage(const std::string& level, const std::string& t
 }
 
 bool CResultsWriter::OnRunEnd(double time, std::string& error) {
-    if (m_ended) {
-        error = "the results file " + m_path + " was already finished";
-        return false;
-    }
-    if (!m_file.IsOpen() && !m_triedOpen) {
-        std::string ignored;
-        Open(ignored);
-    }
-    m_ended = true;
-    if (!m_file.IsOpen()) {
-        error = m_openError;
-        return false;
-    }
-    std::string& out = m_file.Buffer();
-    out += m_firstEvent ? "],\n" : "\n],\n";
-    out += "\"summary\":{\"end\":";
-    AppendNumber(out, time);
-    out += ",\"requests\":";
-    AppendNumber(out, m_requests);
-    out += ",\"transactions\":";
-    AppendNumber(out, m_transactions);
-    out += ",\"transactionsFailed\":";
-    AppendNumber(out, m_transactionsFailed);
-    out += ",\"stepsFailed\":";
-    AppendNumber(out, m_stepsFailed);
-    out += ",\"usersStarted\":";
-    AppendNumber(out, m_usersStarted);
-    out += ",\"usersFailed\":";
-    AppendNumber(out, m_usersFailed);
-    out += ",\"iterations\":";
-    AppendNumber(out, m_iterations);
-    out += ",\"runMessages\":";
-    AppendNumber(out, m_messages);
-    out += "}}\n";
-    return m_file.Commit(error);
+    return m_file.Finish(
+        [&](std::string& out) {
+            out += m_firstEvent ? "],\n" : "\n],\n";
+            out += "\"summary\":{\"end\":";
+            AppendNumber(out, time);
+            out += ",\"requests\":";
+            AppendNumber(out, m_requests);
+            out += ",\"transactions\":";
+            AppendNumber(out, m_transactions);
+            out += ",\"transactionsFailed\":";
+            AppendNumber(out, m_transactionsFailed);
+            out += ",\"stepsFailed\":";
+            AppendNumber(out, m_stepsFailed);
+            out += ",\"usersStarted\":";
+            AppendNumber(out, m_usersStarted);
+            out += ",\"usersFailed\":";
+            AppendNumber(out, m_usersFailed);
+            out += ",\"iterations\":";
+            AppendNumber(out, m_iterations);
+            out += ",\"runMessages\":";
+            AppendNumber(out, m_messages);
+            out += "}}\n";
+        },
+        error);
 }

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -58,6 +59,35 @@ public:
         std::string m_error;
     };
 
+    /// A run file's life, the same for every file a run streams: opened on
+    /// first use or by Open (its head written then, once), a record appended
+    /// while the run goes on, finished once at the end (its tail, then the
+    /// rename onto the target). After a failed open or the end, records are
+    /// dropped and the end reports why.
+    class WEBSTEP_API RunFile {
+    public:
+        /// what names the file in messages ("the results file"); head writes
+        /// the file's head into the buffer.
+        RunFile(std::string path, std::string what, std::function<void(std::string&)> head);
+        bool Open(std::string& error);
+        /// The buffer to append the next record to, or null.
+        std::string* Record();
+        /// Writes the buffer out when it is large enough.
+        void FlushIfFull() { m_file.FlushIfFull(); }
+        /// tail writes the end of the file; then the file is renamed.
+        bool Finish(const std::function<void(std::string&)>& tail, std::string& error);
+        const std::string& TemporaryPath() const { return m_file.TemporaryPath(); }
+
+    private:
+        std::string m_path;
+        std::string m_what;
+        std::function<void(std::string&)> m_head;
+        StreamedFile m_file;
+        std::string m_openError;
+        bool m_triedOpen = false;
+        bool m_ended = false;
+    };
+
     /// JSON text of a string, quoted and escaped (nlohmann-json escapes any
     /// text that needs it; bytes that are not UTF-8 become U+FFFD).
     static void AppendJsonString(std::string& out, std::string_view text);
@@ -93,12 +123,8 @@ private:
     bool BeginEvent(const char* type);
     void EndEvent();
 
-    std::string m_path;
     std::chrono::system_clock::time_point m_wallStart;
-    StreamedFile m_file;
-    std::string m_openError;
-    bool m_triedOpen = false;
-    bool m_ended = false;
+    RunFile m_file;
     bool m_firstEvent = true;
     std::uint64_t m_requests = 0;
     std::uint64_t m_transactions = 0;
