@@ -63,12 +63,12 @@ function fmtTime(v,max){v=Math.round(v);if(max<=120)return v+' s';var h=Math.flo
  return h>0?h+':'+pad(m)+':'+pad(s):m+':'+pad(s);}
 function fmtNum(v){if(v===0)return '0';var a=Math.abs(v);if(a>=1000)return(v/1000).toFixed(a>=10000?0:1)+'k';
  if(a>=10)return v.toFixed(0);if(a>=1)return v.toFixed(2).replace(/\.?0+$/,'');return v.toPrecision(2).replace(/0+$/,'').replace(/\.$/,'');}
-// spec: {yLabel, unit, bars, series:[{name,color,values:[number|null per bucket]}]}
-function draw(box,spec){
+// plotData: {yLabel, unit, bars, series:[{name,color,values:[number|null per bucket]}]}
+function draw(box,plotData){
  var svg=box.querySelector('svg');if(svg)svg.remove();
- svg=el('svg',{viewBox:'0 0 '+W+' '+H,'class':'plot',role:'img','aria-label':spec.yLabel});
+ svg=el('svg',{viewBox:'0 0 '+W+' '+H,'class':'plot',role:'img','aria-label':plotData.yLabel});
  box.insertBefore(svg,box.querySelector('.legend'));
- var yMax=0,total=0;spec.series.forEach(function(s){if(s.hidden)return;s.values.forEach(function(v){if(v!=null&&v>yMax)yMax=v;});});
+ var yMax=0,total=0;plotData.series.forEach(function(s){if(s.hidden)return;s.values.forEach(function(v){if(v!=null&&v>yMax)yMax=v;});});
  var yt=niceTicks(yMax,5);yMax=yt[yt.length-1];
  function xs(x){return L+(W-L-R)*x/end;}function ys(y){return H-B-(H-B-T)*y/yMax;}
  yt.forEach(function(v){el('line',{x1:L,x2:W-R,y1:ys(v),y2:ys(v),'class':'grid'},svg);
@@ -77,24 +77,24 @@ function draw(box,spec){
   el('text',{x:xs(v),y:H-B+16,'text-anchor':'middle'},svg,fmtTime(v,end));});
  el('line',{x1:L,x2:W-R,y1:H-B,y2:H-B,'class':'axis'},svg);el('line',{x1:L,x2:L,y1:T,y2:H-B,'class':'axis'},svg);
  el('text',{x:(L+W-R)/2,y:H-8,'text-anchor':'middle','class':'title'},svg,'elapsed time ('+(end<=120?'s':end<3600?'m:ss':'h:mm:ss')+')');
- el('text',{x:14,y:(T+H-B)/2,'text-anchor':'middle','class':'title',transform:'rotate(-90 14 '+(T+H-B)/2+')'},svg,spec.yLabel);
+ el('text',{x:14,y:(T+H-B)/2,'text-anchor':'middle','class':'title',transform:'rotate(-90 14 '+(T+H-B)/2+')'},svg,plotData.yLabel);
  var bw=Math.max(1,(W-L-R)*w/end*0.8);
- spec.series.forEach(function(s){if(s.hidden)return;var seg=[],shown=0;
+ plotData.series.forEach(function(s){if(s.hidden)return;var seg=[],shown=0;
   s.values.forEach(function(v){if(v!=null)shown++;});
   var marks=shown<=150;
   function flush(){if(seg.length>1){var p=el('polyline',{points:seg.join(' '),stroke:s.color},svg);if(s.dash)p.setAttribute('stroke-dasharray',s.dash);}seg=[];}
   s.values.forEach(function(v,i){if(v==null)return;total++;
-   var x=xs(X(i)),y=ys(v),tip=s.name+': '+fmtNum(v)+(spec.unit?' '+spec.unit:'')+' at '+fmtTime(X(i),1e9);
-   if(spec.bars){if(v>0){var r=el('rect',{x:x-bw/2,y:y,width:bw,height:H-B-y,fill:s.color,'class':'bar'},svg);el('title',{},r,tip);}else total--;return;}
+   var x=xs(X(i)),y=ys(v),tip=s.name+': '+fmtNum(v)+(plotData.unit?' '+plotData.unit:'')+' at '+fmtTime(X(i),1e9);
+   if(plotData.bars){if(v>0){var r=el('rect',{x:x-bw/2,y:y,width:bw,height:H-B-y,fill:s.color,'class':'bar'},svg);el('title',{},r,tip);}else total--;return;}
    seg.push(x.toFixed(1)+','+y.toFixed(1));
    if(marks){var c=el('circle',{cx:x,cy:y,r:2.4,fill:s.color,'class':'point'},svg);el('title',{},c,tip);}});
   flush();});
  if(total===0)el('text',{x:(L+W-R)/2,y:(T+H-B)/2,'text-anchor':'middle','class':'empty'},svg,'no data');
  svg.setAttribute('data-points',total);
  var legend=box.querySelector('.legend');legend.innerHTML='';
- spec.series.forEach(function(s){var item=document.createElement('span');if(s.hidden)item.className='off';
+ plotData.series.forEach(function(s){var item=document.createElement('span');if(s.hidden)item.className='off';
   var sw=document.createElement('i');if(s.dash)sw.style.borderTop='3px '+(s.dash==='2,3'?'dotted ':'dashed ')+s.color;else sw.style.background=s.color;if(s.dash)sw.style.height='0';item.appendChild(sw);item.appendChild(document.createTextNode(s.name));
-  if(spec.series.length>1)item.onclick=function(){s.hidden=!s.hidden;draw(box,spec);};legend.appendChild(item);});
+  if(plotData.series.length>1)item.onclick=function(){s.hidden=!s.hidden;draw(box,plotData);};legend.appendChild(item);});
 }
 function only(values){return values.map(function(v){return v;});}
 // Past ten transactions the colours come back dashed, then dotted.

@@ -55,11 +55,11 @@ def children():
 
 def descendants(root):
     tree = children()
-    found, todo = [], [root]
-    while todo:
-        pid = todo.pop()
+    found, pending = [], [root]
+    while pending:
+        pid = pending.pop()
         found.append(pid)
-        todo.extend(tree.get(pid, []))
+        pending.extend(tree.get(pid, []))
     return found
 
 

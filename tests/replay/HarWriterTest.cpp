@@ -206,7 +206,8 @@ TEST_F(HarWriterTest, InvalidHarIsRefusedByTheChecker) {
                        << R"("request":{}}]}})";
     const fs::path script = webstep::test::SourceDir() / "tests" / "har" / "validate.js";
     std::string output;
-    EXPECT_EQ(RunCommand("node '" + script.string() + "' '" + bad.string() + "'", output), 1) << output;
+    EXPECT_EQ(RunCommand("node '" + script.string() + "' '" + bad.string() + "'", output), 1)
+        << output;
     EXPECT_NE(output.find("response"), std::string::npos) << output;
 }
 
