@@ -5,6 +5,10 @@
 #include <string>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "webstep/foundation/TextBuffer.h"
 #include "webstep/platform/CodePage.h"
 #include "webstep/platform/LastError.h"
@@ -411,6 +415,140 @@ std::size_t ResolveDotSegments(char* data, std::size_t begin, std::size_t end) {
 
 }  // namespace
 
+namespace {
+
+// Where the parts of the plainest http or https URL begin and end.
+struct PlainWebShape {
+    std::size_t hostEnd = 0;
+    std::size_t fileStart = 0;
+    std::size_t extraStart = 0;
+    bool explicitPort = false;
+};
+
+#if defined(__SSE2__)
+
+// A 16-byte piece of the text; the last piece is padded with a byte that
+// counts as nothing.
+__m128i LoadPiece(const char* data, std::size_t at, std::size_t n) {
+    if (n - at >= 16)
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + at));
+    alignas(16) char padded[16];
+    std::memset(padded, 'a', sizeof padded);
+    std::memcpy(padded, data + at, n - at);
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(padded));
+}
+
+int BytesEqual(__m128i v, char c) {
+    return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c)));
+}
+
+// Takes the measure of an http or https URL ("http://" or "https://" and at
+// least one more byte; colonEnd follows the scheme's colon) 16 bytes at a
+// time, and succeeds only for the plainest shape, which the one pass of
+// TakeSimpleText leaves as it stands: no byte up to a blank, no byte above
+// ASCII and no backslash anywhere; a host of plain lower-case bytes ending
+// at a "/"; no "." right after a "/" of the path; no fragment before a
+// query. Anything else is left to TakeSimpleText, which gives the same parts
+// for the URLs taken here.
+bool MeasurePlainWebURL(const char* data, std::size_t n, std::size_t colonEnd,
+                        PlainWebShape& shape) {
+    const std::size_t schemeLength = colonEnd + 2;
+    if (n <= schemeLength || data[colonEnd] != '/' || data[colonEnd + 1] != '/')
+        return false;
+    const std::string_view port = colonEnd == 5 ? ":80" : ":443";
+    const __m128i below = _mm_set1_epi8(0x21);
+    const __m128i upperFrom = _mm_set1_epi8('A' - 1);
+    const __m128i upperTo = _mm_set1_epi8('Z' + 1);
+    bool hostFound = false;
+    bool extraFound = false;
+    std::size_t lastSlash = 0;
+    // A "/" of the path as the last byte of the previous piece.
+    unsigned slashCarry = 0;
+    bool explicitPort = false;
+    for (std::size_t at = 0; at < n; at += 16) {
+        const __m128i v = LoadPiece(data, at, n);
+        // Signed bytes: the bytes above ASCII are below 0x21 too.
+        const __m128i refused = _mm_or_si128(_mm_cmplt_epi8(v, below),
+                                             _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(0x7f)),
+                                                          _mm_cmpeq_epi8(v, _mm_set1_epi8('\\'))));
+        if (_mm_movemask_epi8(refused) != 0)
+            return false;
+        // The scheme's own colon and slashes are not looked at.
+        const unsigned skip = at == 0 ? (1u << schemeLength) - 1 : 0;
+        unsigned slashes = static_cast<unsigned>(BytesEqual(v, '/')) & ~skip;
+        const unsigned colons = static_cast<unsigned>(BytesEqual(v, ':')) & ~skip;
+        // The bytes of this piece before the extra information.
+        unsigned before = 0xFFFF;
+        if (extraFound) {
+            before = 0;
+        } else if (const unsigned extra = static_cast<unsigned>(
+                       _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('?')),
+                                                      _mm_cmpeq_epi8(v, _mm_set1_epi8('#')))))) {
+            const unsigned k = static_cast<unsigned>(__builtin_ctz(extra));
+            shape.extraStart = at + k;
+            extraFound = true;
+            before = (1u << k) - 1;
+            // A fragment before a query is refused by the one pass too.
+            if (data[shape.extraStart] == '#' &&
+                std::memchr(data + shape.extraStart, '?', n - shape.extraStart) != nullptr)
+                return false;
+        }
+        slashes &= before;
+        if (!hostFound) {
+            unsigned host = before & ~skip;
+            if (slashes != 0) {
+                const unsigned k = static_cast<unsigned>(__builtin_ctz(slashes));
+                shape.hostEnd = at + k;
+                hostFound = true;
+                host &= (1u << k) - 1;
+            } else if (before != 0xFFFF) {
+                // No path before the extra information.
+                return false;
+            }
+            const __m128i upper =
+                _mm_and_si128(_mm_cmpgt_epi8(v, upperFrom), _mm_cmplt_epi8(v, upperTo));
+            const unsigned notHost = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(
+                                         upper, _mm_cmpeq_epi8(v, _mm_set1_epi8('@'))))) |
+                                     colons;
+            if ((notHost & host) != 0)
+                return false;
+        }
+        if (slashes != 0) {
+            const unsigned dots = static_cast<unsigned>(BytesEqual(v, '.'));
+            if ((dots & ((slashes << 1) | slashCarry)) != 0)
+                return false;
+            lastSlash = at + 31 - static_cast<unsigned>(__builtin_clz(slashes));
+        } else if (slashCarry != 0 && data[at] == '.') {
+            return false;
+        }
+        slashCarry = (slashes >> 15) & 1;
+        // The port text anywhere after the scheme, as the general way
+        // looks for it.
+        for (unsigned c = colons; c != 0 && !explicitPort; c &= c - 1) {
+            const std::size_t k = at + static_cast<unsigned>(__builtin_ctz(c));
+            explicitPort =
+                n - k >= port.size() && std::memcmp(data + k, port.data(), port.size()) == 0;
+        }
+    }
+    if (!hostFound || shape.hostEnd == schemeLength)
+        return false;
+    if (!extraFound)
+        shape.extraStart = n;
+    shape.fileStart = lastSlash + 1;
+    shape.explicitPort = explicitPort;
+    return true;
+}
+
+#else
+
+bool MeasurePlainWebURL(const char*, std::size_t, std::size_t, PlainWebShape&) {
+    return false;
+}
+
+#endif
+
+}  // namespace
+
 bool CURLParser::TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size_t hostEnd,
                                 std::size_t checkFrom, std::string_view portText) {
     // Part offsets are 32 bits.
@@ -492,15 +630,22 @@ bool CURLParser::TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size
         static_cast<std::size_t>(
             static_cast<const char*>(memrchr(data + hostEnd, '/', extraStart - hostEnd)) - data) +
         1;
-    const bool http = colonEnd == 5;
     // The same plain substring test as the general way, in the given text or
     // else in the text as taken apart.
-    const std::string_view port = http ? ":80" : ":443";
-    m_explicitPort = portText.data() != nullptr
-                         ? HasPortText(portText, colonEnd, port)
-                         : HasPortText(std::string_view(data, n), colonEnd, port);
+    const std::string_view port = colonEnd == 5 ? ":80" : ":443";
+    const bool explicitPort = portText.data() != nullptr
+                                  ? HasPortText(portText, colonEnd, port)
+                                  : HasPortText(std::string_view(data, n), colonEnd, port);
     if (&buf != &m_buf)
         m_buf.swap(buf);
+    SetPlainParts(colonEnd, hostEnd, fileStart, extraStart, explicitPort);
+    return true;
+}
+
+void CURLParser::SetPlainParts(std::size_t colonEnd, std::size_t hostEnd, std::size_t fileStart,
+                               std::size_t extraStart, bool explicitPort) {
+    const std::size_t schemeLength = colonEnd + 2;
+    const bool http = colonEnd == 5;
     // The table exists: every constructor made sure of it.
     m_scheme = InternetSchemeMap::m_SchemeDescrArray + (http ? 3 : 4);
     m_port = m_scheme->defaultPort;
@@ -509,11 +654,11 @@ bool CURLParser::TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size
     m_hostPart = PartRange{at(schemeLength), at(hostEnd - schemeLength)};
     m_pathPart = PartRange{at(hostEnd), at(fileStart - hostEnd)};
     m_filePart = PartRange{at(fileStart), at(extraStart - fileStart)};
-    m_extraPart = PartRange{at(extraStart), at(n - extraStart)};
+    m_extraPart = PartRange{at(extraStart), at(m_buf.size() - extraStart)};
     m_prefixLen = static_cast<std::uint8_t>(schemeLength);
+    m_explicitPort = explicitPort;
     m_valid = 1;
     m_plain = true;
-    return true;
 }
 
 bool CURLParser::TakeSimpleURL(std::string_view url) {
@@ -526,6 +671,12 @@ bool CURLParser::TakeSimpleURL(std::string_view url) {
     // clear and append: assign would check whether the text overlaps.
     m_buf.clear();
     m_buf.append(url);
+    PlainWebShape shape;
+    if (url.size() < 0xFFFFFFF0u && MeasurePlainWebURL(m_buf.data(), url.size(), colonEnd, shape)) {
+        SetPlainParts(colonEnd, shape.hostEnd, shape.fileStart, shape.extraStart,
+                      shape.explicitPort);
+        return true;
+    }
     // The explicit port is looked for in the text as given.
     return TakeSimpleText(m_buf, colonEnd, 0, colonEnd, url);
 }

@@ -185,6 +185,11 @@ private:
     // text as taken apart. On success the text becomes m_buf.
     bool TakeSimpleText(CPartsText& buf, std::size_t colonEnd, std::size_t hostEnd,
                         std::size_t checkFrom, std::string_view portText);
+    // Sets the parts of a URL taken apart in one pass from the offsets in
+    // m_buf of the scheme's end, the host's end, the file and the extra
+    // information.
+    void SetPlainParts(std::size_t colonEnd, std::size_t hostEnd, std::size_t fileStart,
+                       std::size_t extraStart, bool explicitPort);
     bool HasSimpleBase() const;
     int CreateFromURLComponents(const webstep::platform::URL_COMPONENTSA& components);
     void DivideExtra(MString* search, MString* label) const;
