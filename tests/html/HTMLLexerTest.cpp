@@ -53,6 +53,32 @@ TEST(HTMLLexerTokens, StartTagWithAttributeIsNormalised) {
               (Strings{"Start Tag:<form", "Attr Name:action", "Name Token:x", "Tag Close:>"}));
 }
 
+// Names are checked for upper-case letters a word at a time, with
+// overlapping loads at the tail: a capital at any position of a name of any
+// length is lowered, and the bytes just outside A-Z ('@', '[') stay as they
+// are.
+TEST(HTMLLexerTokens, NamesOfEveryLengthAreLoweredWhereverTheCapitalStands) {
+    for (std::size_t length = 1; length <= 24; ++length) {
+        for (std::size_t at = 0; at < length; ++at) {
+            for (const char capital : {'A', 'Z', 'Q'}) {
+                std::string name(length, 'k');
+                name[at] = capital;
+                std::string lowered = name;
+                lowered[at] = static_cast<char>(capital + 32);
+                const std::string attr = "d" + name.substr(1);
+                const std::string attrLowered = "d" + lowered.substr(1);
+                const Strings tokens = Tokens("<" + name + " " + (at == 0 ? attr : name) + "=v>");
+                ASSERT_EQ(tokens.size(), 4u) << name;
+                EXPECT_EQ(tokens[0], "Start Tag:<" + lowered) << name;
+                EXPECT_EQ(tokens[1], "Attr Name:" + (at == 0 ? attrLowered : lowered)) << name;
+            }
+            std::string odd(length, 'k');
+            odd[at] = at == 0 ? 'k' : (at % 2 == 0 ? '@' : '[');
+            EXPECT_EQ(Tokens("<a " + odd + "=v>")[1], "Attr Name:" + odd) << odd;
+        }
+    }
+}
+
 TEST(HTMLLexerTokens, WithoutNormalisationNamesKeepCaseAndEqualsSign) {
     TokenRecorder rec;
     CHTMLLexer lexer(&rec, false);
