@@ -427,115 +427,119 @@ struct PlainWebShape {
 
 #if defined(__SSE2__)
 
-// A 16-byte piece of the text; the last piece is padded with a byte that
-// counts as nothing.
-__m128i LoadPiece(const char* data, std::size_t at, std::size_t n) {
-    if (n - at >= 16)
-        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(data + at));
-    alignas(16) char padded[16];
-    std::memset(padded, 'a', sizeof padded);
-    std::memcpy(padded, data + at, n - at);
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(padded));
+__m128i Load16(const char* p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
 }
 
-int BytesEqual(__m128i v, char c) {
-    return _mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c)));
+__m128i Bytes(char c) {
+    return _mm_set1_epi8(c);
 }
 
-// Takes the measure of an http or https URL ("http://" or "https://" and at
-// least one more byte; colonEnd follows the scheme's colon) 16 bytes at a
-// time, and succeeds only for the plainest shape, which the one pass of
-// TakeSimpleText leaves as it stands: no byte up to a blank, no byte above
-// ASCII and no backslash anywhere; a host of plain lower-case bytes ending
-// at a "/"; no "." right after a "/" of the path; no fragment before a
-// query. Anything else is left to TakeSimpleText, which gives the same parts
-// for the URLs taken here.
+// Takes the measure of an http or https URL (colonEnd follows the scheme's
+// colon) 16 bytes at a time, and succeeds only for the plainest shape, which
+// the one pass of TakeSimpleText leaves as it stands: "//" after the colon;
+// no byte up to a blank, no byte above ASCII and no backslash; a host of
+// plain lower-case bytes ending at a "/"; no "." right after a "/"; no
+// fragment before a query. Anything else is left to TakeSimpleText, which
+// gives the same parts for the URLs taken here. Most of the tests are
+// gathered over the whole text and looked at once at the end.
 bool MeasurePlainWebURL(const char* data, std::size_t n, std::size_t colonEnd,
                         PlainWebShape& shape) {
     const std::size_t schemeLength = colonEnd + 2;
     if (n <= schemeLength || data[colonEnd] != '/' || data[colonEnd + 1] != '/')
         return false;
-    const std::string_view port = colonEnd == 5 ? ":80" : ":443";
-    const __m128i below = _mm_set1_epi8(0x21);
-    const __m128i upperFrom = _mm_set1_epi8('A' - 1);
-    const __m128i upperTo = _mm_set1_epi8('Z' + 1);
+    // The text from colonEnd on, each piece with the byte before it (for the
+    // "/." test). A text shorter than a piece is copied into a padded one; the
+    // last piece of a longer text is the last 16 bytes, which may overlap the
+    // piece before: every test gives the same answer for a byte seen twice.
+    alignas(16) char padded[48];
+    const char* text = data;
+    std::size_t from = colonEnd;
+    std::size_t end = n;
+    if (n - colonEnd < 16) {
+        // Padded with a byte that counts as nothing; the copy keeps the
+        // positions of the text.
+        std::memset(padded, 'a', sizeof padded);
+        std::memcpy(padded + 16, data + colonEnd - 1, n - colonEnd + 1);
+        text = padded + 17 - colonEnd;
+        end = colonEnd + 16;
+    }
+    const __m128i below = Bytes(0x21);
+    __m128i refused = _mm_setzero_si128();
+    __m128i extra = _mm_setzero_si128();
+    __m128i dotAfterSlash = _mm_setzero_si128();
+    __m128i colons = _mm_setzero_si128();
     bool hostFound = false;
-    bool extraFound = false;
-    std::size_t lastSlash = 0;
-    // A "/" of the path as the last byte of the previous piece.
-    unsigned slashCarry = 0;
-    bool explicitPort = false;
-    for (std::size_t at = 0; at < n; at += 16) {
-        const __m128i v = LoadPiece(data, at, n);
+    std::size_t lastSlashPiece = 0;
+    unsigned lastSlashes = 0;
+    for (std::size_t at = from;; at += 16) {
+        if (at + 16 > end)
+            at = end - 16;
+        const __m128i v = Load16(text + at);
         // Signed bytes: the bytes above ASCII are below 0x21 too.
-        const __m128i refused = _mm_or_si128(_mm_cmplt_epi8(v, below),
-                                             _mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8(0x7f)),
-                                                          _mm_cmpeq_epi8(v, _mm_set1_epi8('\\'))));
-        if (_mm_movemask_epi8(refused) != 0)
-            return false;
-        // The scheme's own colon and slashes are not looked at.
-        const unsigned skip = at == 0 ? (1u << schemeLength) - 1 : 0;
-        unsigned slashes = static_cast<unsigned>(BytesEqual(v, '/')) & ~skip;
-        const unsigned colons = static_cast<unsigned>(BytesEqual(v, ':')) & ~skip;
-        // The bytes of this piece before the extra information.
-        unsigned before = 0xFFFF;
-        if (extraFound) {
-            before = 0;
-        } else if (const unsigned extra = static_cast<unsigned>(
-                       _mm_movemask_epi8(_mm_or_si128(_mm_cmpeq_epi8(v, _mm_set1_epi8('?')),
-                                                      _mm_cmpeq_epi8(v, _mm_set1_epi8('#')))))) {
-            const unsigned k = static_cast<unsigned>(__builtin_ctz(extra));
-            shape.extraStart = at + k;
-            extraFound = true;
-            before = (1u << k) - 1;
-            // A fragment before a query is refused by the one pass too.
-            if (data[shape.extraStart] == '#' &&
-                std::memchr(data + shape.extraStart, '?', n - shape.extraStart) != nullptr)
-                return false;
+        refused = _mm_or_si128(refused, _mm_or_si128(_mm_cmplt_epi8(v, below),
+                                                     _mm_or_si128(_mm_cmpeq_epi8(v, Bytes(0x7f)),
+                                                                  _mm_cmpeq_epi8(v, Bytes('\\')))));
+        extra = _mm_or_si128(
+            extra, _mm_or_si128(_mm_cmpeq_epi8(v, Bytes('?')), _mm_cmpeq_epi8(v, Bytes('#'))));
+        colons = _mm_or_si128(colons, _mm_cmpeq_epi8(v, Bytes(':')));
+        const __m128i slash = _mm_cmpeq_epi8(v, Bytes('/'));
+        const __m128i slashBefore = _mm_cmpeq_epi8(Load16(text + at - 1), Bytes('/'));
+        dotAfterSlash =
+            _mm_or_si128(dotAfterSlash, _mm_and_si128(slashBefore, _mm_cmpeq_epi8(v, Bytes('.'))));
+        const unsigned slashes = static_cast<unsigned>(_mm_movemask_epi8(slash));
+        if (slashes != 0) {
+            lastSlashPiece = at;
+            lastSlashes = slashes;
         }
-        slashes &= before;
         if (!hostFound) {
-            unsigned host = before & ~skip;
-            if (slashes != 0) {
-                const unsigned k = static_cast<unsigned>(__builtin_ctz(slashes));
+            // The bytes of this piece from the host on, up to its first "/".
+            unsigned host = at < schemeLength ? ~((1u << (schemeLength - at)) - 1) : ~0u;
+            if (const unsigned hostSlashes = slashes & host) {
+                const unsigned k = static_cast<unsigned>(__builtin_ctz(hostSlashes));
                 shape.hostEnd = at + k;
                 hostFound = true;
                 host &= (1u << k) - 1;
-            } else if (before != 0xFFFF) {
-                // No path before the extra information.
-                return false;
             }
             const __m128i upper =
-                _mm_and_si128(_mm_cmpgt_epi8(v, upperFrom), _mm_cmplt_epi8(v, upperTo));
-            const unsigned notHost = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(
-                                         upper, _mm_cmpeq_epi8(v, _mm_set1_epi8('@'))))) |
-                                     colons;
-            if ((notHost & host) != 0)
+                _mm_and_si128(_mm_cmpgt_epi8(v, Bytes('A' - 1)), _mm_cmplt_epi8(v, Bytes('Z' + 1)));
+            const __m128i notHost = _mm_or_si128(
+                upper, _mm_or_si128(_mm_cmpeq_epi8(v, Bytes('@')), _mm_cmpeq_epi8(v, Bytes(':'))));
+            if ((static_cast<unsigned>(_mm_movemask_epi8(notHost)) & host) != 0)
                 return false;
         }
-        if (slashes != 0) {
-            const unsigned dots = static_cast<unsigned>(BytesEqual(v, '.'));
-            if ((dots & ((slashes << 1) | slashCarry)) != 0)
-                return false;
-            lastSlash = at + 31 - static_cast<unsigned>(__builtin_clz(slashes));
-        } else if (slashCarry != 0 && data[at] == '.') {
-            return false;
-        }
-        slashCarry = (slashes >> 15) & 1;
-        // The port text anywhere after the scheme, as the general way
-        // looks for it.
-        for (unsigned c = colons; c != 0 && !explicitPort; c &= c - 1) {
-            const std::size_t k = at + static_cast<unsigned>(__builtin_ctz(c));
-            explicitPort =
-                n - k >= port.size() && std::memcmp(data + k, port.data(), port.size()) == 0;
-        }
+        if (at + 16 >= end)
+            break;
     }
-    if (!hostFound || shape.hostEnd == schemeLength)
+    if (!hostFound || shape.hostEnd == schemeLength ||
+        _mm_movemask_epi8(_mm_or_si128(refused, dotAfterSlash)) != 0)
         return false;
-    if (!extraFound)
-        shape.extraStart = n;
-    shape.fileStart = lastSlash + 1;
-    shape.explicitPort = explicitPort;
+    shape.extraStart = n;
+    shape.fileStart = lastSlashPiece + 31 - static_cast<unsigned>(__builtin_clz(lastSlashes)) + 1;
+    if (_mm_movemask_epi8(extra) != 0) {
+        // The extra information begins at the first "?", or at a "#" with no
+        // "?" after it.
+        const void* query = std::memchr(data + schemeLength, '?', n - schemeLength);
+        const std::size_t hashEnd =
+            query != nullptr ? static_cast<std::size_t>(static_cast<const char*>(query) - data) : n;
+        const void* hash = std::memchr(data + schemeLength, '#', hashEnd - schemeLength);
+        if (hash != nullptr && query != nullptr)
+            return false;
+        shape.extraStart = hash != nullptr
+                               ? static_cast<std::size_t>(static_cast<const char*>(hash) - data)
+                               : hashEnd;
+        if (shape.extraStart < shape.hostEnd)
+            return false;
+        shape.fileStart = static_cast<std::size_t>(
+                              static_cast<const char*>(memrchr(data + shape.hostEnd, '/',
+                                                               shape.extraStart - shape.hostEnd)) -
+                              data) +
+                          1;
+    }
+    // The same plain substring test as the general way.
+    shape.explicitPort =
+        _mm_movemask_epi8(colons) != 0 &&
+        HasPortText(std::string_view(data, n), colonEnd, colonEnd == 5 ? ":80" : ":443");
     return true;
 }
 
