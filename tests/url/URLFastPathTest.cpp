@@ -383,4 +383,149 @@ TEST(URLFastPath, URLsOfEveryLengthKeepTheirPartsWhenCopiedAndResolved) {
     }
 }
 
+// Plain absolute URLs are measured 16 bytes at a time: every byte that
+// steers the measure, put at every position of URLs of several lengths (so
+// that it falls at each place of a piece, in the overlapping last piece and
+// in the padded copy of a short text), gives what the general way gives.
+TEST(URLFastPath, EveryByteAtEveryPositionOfPlainURLsGivesWhatTheGeneralWayGives) {
+    static const char* const kSteering[] = {
+        "/",  ".",    "..",   "?",   "#", ":", ":80", ":443", "@",  "A",  "Z",  "\\",   " ",
+        "\t", "\x7f", "\xe9", "%2e", "[", "]", "/.",  "./",   "?#", "#?", ":8", "/:80", "a"};
+    const std::vector<std::string> urls = {
+        "http://h/",
+        "https://h/x",
+        "http://ab.cd/ef",
+        "http://www.example.com/dir/sub/file.html",
+        "https://www.example.com/a/",
+        "http://a.example.org/1234567890/1234567890/1234567890/1234567890/1234567890/x.js",
+    };
+    std::size_t cases = 0;
+    for (const std::string& url : urls) {
+        for (std::size_t at = 0; at <= url.size(); ++at) {
+            for (const char* piece : kSteering) {
+                std::string inserted = url;
+                inserted.insert(at, piece);
+                EXPECT_EQ(Describe(CURLParser(inserted.c_str())), AbsoluteGeneral(inserted))
+                    << inserted;
+                if (at < url.size()) {
+                    std::string replaced = url;
+                    replaced.replace(at, 1, piece);
+                    EXPECT_EQ(Describe(CURLParser(replaced.c_str())), AbsoluteGeneral(replaced))
+                        << replaced;
+                }
+                cases += 2;
+            }
+        }
+    }
+    EXPECT_GT(cases, 9000u);
+}
+
+// Hosts and paths of every length up to a few pieces, so that the host's
+// end, the last "/" and the end of the text fall at every place of a piece.
+TEST(URLFastPath, HostsAndPathsOfEveryLengthGiveWhatTheGeneralWayGives) {
+    for (const char* scheme : {"http://", "https://"}) {
+        for (std::size_t host = 1; host <= 40; ++host) {
+            for (std::size_t path = 0; path <= 40; path += (path < 20 ? 1 : 7)) {
+                std::string url = scheme + std::string(host, 'h') + "/";
+                for (std::size_t k = 0; k < path; ++k)
+                    url += k % 6 == 5 ? '/' : static_cast<char>('a' + k % 26);
+                const CURLParser parsed(url.c_str());
+                EXPECT_EQ(Describe(parsed), AbsoluteGeneral(url)) << url;
+                EXPECT_EQ(parsed.GetFullURL(), url);
+                EXPECT_EQ(parsed.GetHost(), std::string(host, 'h'));
+                std::string withQuery = url + "?q=/x/./y#f";
+                EXPECT_EQ(Describe(CURLParser(withQuery.c_str())), AbsoluteGeneral(withQuery))
+                    << withQuery;
+            }
+        }
+    }
+}
+
+// Shapes the measure leaves to the other ways, and its boundary cases.
+TEST(URLFastPath, BoundaryAbsoluteURLsGiveWhatTheGeneralWayGives) {
+    const std::vector<std::string> urls = {
+        "",
+        "h",
+        "http",
+        "http:",
+        "http:/",
+        "http://",
+        "http:///",
+        "http:////x",
+        "http://h",
+        "http://h/",
+        "http://h?",
+        "http://h#",
+        "http://h/?",
+        "http://h/#",
+        "http://h/?#",
+        "http://h/#?",
+        "http://h/a?b/c#d/e",
+        "http://h/a#b/c",
+        "http://h:80/",
+        "http://h:80",
+        "http://h:8080/x",
+        "https://h:443/",
+        "https://h:80/",
+        "http://h/:80",
+        "http://h/x:8",
+        "https://h/x:44",
+        "https://h/x:443",
+        "http://h/x?y=:80",
+        "http://u@h/",
+        "http://u:p@h/x",
+        "http://:p@h/",
+        "http://@h/",
+        "http://[::1]/x",
+        "http://[::1]:8080/x",
+        "http://[fe80::1%25eth0]/",
+        "http://h/%41%2e/b",
+        "http://h/%2e%2e/x",
+        "http://h/a%20b",
+        "http://h/a b",
+        "http://H/",
+        "http://h.EXAMPLE.com/",
+        "HTTP://h/",
+        "Http://h/",
+        "httpx://h/",
+        "https:h/",
+        "http:h/",
+        "http:\\\\h\\x",
+        "http://h\\x",
+        "http://./x",
+        "http://../x",
+        "http://h./x",
+        "http://h/.",
+        "http://h/..",
+        "http://h/./",
+        "http://h/.x",
+        "http://h/x.",
+        "http://h/x./y",
+        "http://h//x",
+        "http://h/x//",
+        "ftp://h/x",
+        "file://h/x",
+        "mailto:a@h",
+        "javascript:x",
+        "news:x",
+        "foo://h/x",
+        "http://h/\x7f",
+        "http://h/\x80",
+        "http://h/?\xe9",
+        "http://h/#\xe9",
+        "http://h/\x01",
+    };
+    for (const std::string& url : urls)
+        EXPECT_EQ(Describe(CURLParser(url.c_str())), AbsoluteGeneral(url)) << url;
+    // Very long URLs, plain and with the bytes that stop the measure near
+    // the end.
+    std::string longPath;
+    for (int k = 0; k < 700; ++k)
+        longPath += "seg" + std::to_string(k) + "/";
+    for (const char* tail : {"", "f.html", "f.html?q=1", "f.html#x", "x:80", "./y", "A", " "}) {
+        const std::string url = "http://www.example.com/" + longPath + tail;
+        EXPECT_EQ(Describe(CURLParser(url.c_str())), AbsoluteGeneral(url)) << tail;
+    }
+}
+
 }  // namespace
