@@ -35,7 +35,140 @@ bool Inside(const char* text, const char* buffer, unsigned capacity) {
     return text != nullptr && buffer != nullptr && t >= b && t < b + capacity;
 }
 
+// The first block is small (most pages keep a few hundred elements at
+// most); later ones double up to a size whose unused end stays small next
+// to the pages that need it.
+constexpr std::size_t kFirstBlock = 4096;
+constexpr std::size_t kLargestBlock = 32 * 1024;
+
 }  // namespace
+
+// ---------------------------------------------------------------- arena
+
+struct CHTMLAttrArena::Block {
+    Block* next;
+    std::size_t size;  // with this header
+};
+
+CHTMLAttrArena::~CHTMLAttrArena() {
+    clear();
+}
+
+void* CHTMLAttrArena::allocate(std::size_t size, std::size_t align) {
+    const auto next = reinterpret_cast<std::uintptr_t>(m_next);
+    const std::uintptr_t aligned = (next + (align - 1)) & ~static_cast<std::uintptr_t>(align - 1);
+    if (m_next != nullptr && aligned <= reinterpret_cast<std::uintptr_t>(m_end) &&
+        size <= reinterpret_cast<std::uintptr_t>(m_end) - aligned) {
+        m_next = reinterpret_cast<char*>(aligned + size);
+        return reinterpret_cast<void*>(aligned);
+    }
+    return allocateSlow(size, align);
+}
+
+void* CHTMLAttrArena::allocateSlow(std::size_t size, std::size_t align) {
+    constexpr std::size_t header = (sizeof(Block) + 15) & ~std::size_t{15};
+    const std::size_t needed = header + size + align;
+    if (needed < size) {
+        return nullptr;  // overflow
+    }
+    if (needed > kLargestBlock / 4) {
+        // A large text gets a block of its own, linked behind the current
+        // one so that the current block's free end stays in use.
+        auto* block = static_cast<Block*>(std::malloc(needed));
+        if (block == nullptr) {
+            return nullptr;
+        }
+        block->size = needed;
+        m_reserved += needed;
+        if (m_blocks != nullptr) {
+            block->next = m_blocks->next;
+            m_blocks->next = block;
+        } else {
+            block->next = nullptr;
+            m_blocks = block;
+        }
+        const auto start = reinterpret_cast<std::uintptr_t>(block) + header;
+        return reinterpret_cast<void*>((start + (align - 1)) &
+                                       ~static_cast<std::uintptr_t>(align - 1));
+    }
+    std::size_t blockSize = m_nextSize == 0 ? kFirstBlock : m_nextSize;
+    while (blockSize < needed) {
+        blockSize *= 2;
+    }
+    auto* block = static_cast<Block*>(std::malloc(blockSize));
+    if (block == nullptr) {
+        return nullptr;
+    }
+    block->size = blockSize;
+    block->next = m_blocks;
+    m_blocks = block;
+    m_reserved += blockSize;
+    m_nextSize = std::min(blockSize * 2, kLargestBlock);
+    m_next = reinterpret_cast<char*>(block) + header;
+    m_end = reinterpret_cast<char*>(block) + blockSize;
+    return allocate(size, align);
+}
+
+char* CHTMLAttrArena::copy(const char* text, std::size_t length) {
+    char* out = static_cast<char*>(allocate(length + 1, 1));
+    if (out != nullptr) {
+        if (length > 0) {
+            std::memcpy(out, text, length);
+        }
+        out[length] = '\0';
+    }
+    return out;
+}
+
+void CHTMLAttrArena::shrinkLast(void* block, std::size_t size, std::size_t used) {
+    char* p = static_cast<char*>(block);
+    if (p != nullptr && used <= size && p + size == m_next) {
+        m_next = p + used;
+    }
+}
+
+CHTMLAttrArena::Mark CHTMLAttrArena::mark() const {
+    return Mark{m_blocks, m_next, m_blocks != nullptr ? m_blocks->next : nullptr, m_reserved};
+}
+
+void CHTMLAttrArena::rollback(const Mark& m) {
+    if (m_blocks == nullptr || m_blocks != m.block) {
+        return;
+    }
+    // Blocks of large texts made since sit right behind the current one.
+    while (m_blocks->next != m.large && m_blocks->next != nullptr) {
+        Block* large = m_blocks->next;
+        m_blocks->next = large->next;
+        m_reserved -= large->size;
+        std::free(large);
+    }
+    m_next = const_cast<char*>(m.next);
+}
+
+void CHTMLAttrArena::clear() {
+    while (m_blocks != nullptr) {
+        Block* next = m_blocks->next;
+        std::free(m_blocks);
+        m_blocks = next;
+    }
+    m_next = nullptr;
+    m_end = nullptr;
+    m_nextSize = 0;
+    m_reserved = 0;
+}
+
+bool CHTMLAttrArena::contains(const void* p) const {
+    const auto q = reinterpret_cast<std::uintptr_t>(p);
+    for (const Block* b = m_blocks; b != nullptr; b = b->next) {
+        const auto start = reinterpret_cast<std::uintptr_t>(b);
+        if (q >= start && q < start + b->size) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// ---------------------------------------------------------------- attribute
 
 CHTMLAttr::CHTMLAttr(const char* name, const char* value)
     : m_name(Duplicate(name)),
@@ -43,7 +176,21 @@ CHTMLAttr::CHTMLAttr(const char* name, const char* value)
       m_nameCapacity(Capacity(name)),
       m_valueCapacity(Capacity(value)),
       m_hasValue(value != nullptr),
-      m_valueInName(false) {}
+      m_valueInName(false),
+      m_nameBorrowed(false),
+      m_valueBorrowed(false),
+      m_inArena(false) {}
+
+CHTMLAttr::CHTMLAttr(InArena, char* name, char* value)
+    : m_name(name),
+      m_value(value),
+      m_nameCapacity(0),
+      m_valueCapacity(0),
+      m_hasValue(value != nullptr),
+      m_valueInName(false),
+      m_nameBorrowed(name != nullptr),
+      m_valueBorrowed(value != nullptr),
+      m_inArena(true) {}
 
 CHTMLAttr::CHTMLAttr(const CHTMLAttr& other)
     : m_name(Duplicate(other.m_name)),
@@ -51,10 +198,55 @@ CHTMLAttr::CHTMLAttr(const CHTMLAttr& other)
       m_nameCapacity(Capacity(other.m_name)),
       m_valueCapacity(Capacity(other.value())),
       m_hasValue(other.m_hasValue),
-      m_valueInName(false) {}
+      m_valueInName(false),
+      m_nameBorrowed(false),
+      m_valueBorrowed(false),
+      m_inArena(false) {}
+
+CHTMLAttr* CHTMLAttr::NewInArena(CHTMLAttrArena& arena, const CHTMLAttr& from) {
+    void* place = arena.allocate(sizeof(CHTMLAttr), alignof(CHTMLAttr));
+    if (place == nullptr) {
+        return nullptr;
+    }
+    char* name = from.m_name != nullptr ? arena.copy(from.m_name, Length(from.m_name)) : nullptr;
+    const char* v = from.value();
+    char* value = v != nullptr ? arena.copy(v, Length(v)) : nullptr;
+    if ((from.m_name != nullptr && name == nullptr) || (v != nullptr && value == nullptr)) {
+        return nullptr;
+    }
+    return new (place) CHTMLAttr(InArena{}, name, value);
+}
+
+void CHTMLAttr::operator delete(CHTMLAttr* attr, std::destroying_delete_t) {
+    const bool inArena = attr->m_inArena;
+    attr->~CHTMLAttr();
+    if (!inArena) {
+        ::operator delete(attr);
+    }
+}
+
+void CHTMLAttr::leaveArenaName() {
+    if (m_nameBorrowed) {
+        m_name = nullptr;
+        m_nameCapacity = 0;
+        m_nameBorrowed = false;
+    }
+}
+
+void CHTMLAttr::leaveArenaValue() {
+    if (m_valueBorrowed) {
+        m_value = nullptr;
+        m_valueCapacity = 0;
+        m_valueBorrowed = false;
+    }
+}
 
 CHTMLAttr& CHTMLAttr::operator=(const CHTMLAttr& other) {
     if (this != &other) {
+        // Arena texts stay as they are (links may point at them); the texts
+        // they are given up for stay readable until the arena goes.
+        leaveArenaName();
+        leaveArenaValue();
         if (m_valueInName) {
             // Separate storage again, so that the name can grow on its own.
             std::free(m_name);
@@ -80,8 +272,10 @@ CHTMLAttr& CHTMLAttr::operator=(const CHTMLAttr& other) {
 }
 
 CHTMLAttr::~CHTMLAttr() {
-    std::free(m_name);
-    if (!m_valueInName) {
+    if (!m_nameBorrowed) {
+        std::free(m_name);
+    }
+    if (!m_valueInName && !m_valueBorrowed) {
         std::free(m_value);
     }
 }
@@ -111,6 +305,7 @@ void CHTMLAttr::Store(char*& buffer, unsigned& capacity, const char* text, unsig
 
 void CHTMLAttr::setValue(const char* value) {
     const char* text = value != nullptr ? value : "";
+    leaveArenaValue();
     if (m_valueInName && Length(text) >= m_valueCapacity) {
         // A longer value gets storage of its own; the old one stays part of
         // the name's block.
@@ -131,6 +326,8 @@ void CHTMLAttr::setValue(const char* value) {
 
 void CHTMLAttr::assign(const char* name, unsigned nameLength, const char* value,
                        unsigned valueLength) {
+    leaveArenaName();
+    leaveArenaValue();
     // Texts taken from the attribute itself go the way of a new block too,
     // which copies them before anything is overwritten.
     const bool own =
@@ -186,10 +383,54 @@ void CHTMLAttr::assign(const char* name, unsigned nameLength, const char* value,
     }
 }
 
+// ---------------------------------------------------------------- list
+
 CHTMLAttrs::CHTMLAttrs()
     : m_items(static_cast<CHTMLAttr**>(std::malloc(sizeof(CHTMLAttr*) * kAttrsGrowStep))),
       m_capacity(kAttrsGrowStep),
-      m_count(0) {}
+      m_count(0),
+      m_arenaSlots(0),
+      m_slotsInArena(false),
+      m_inArena(false) {}
+
+CHTMLAttrs::CHTMLAttrs(InArena, CHTMLAttr** items, int capacity, int count)
+    : m_items(items),
+      m_capacity(capacity),
+      m_count(count),
+      m_arenaSlots(count),
+      m_slotsInArena(true),
+      m_inArena(true) {}
+
+CHTMLAttrs* CHTMLAttrs::NewInArena(CHTMLAttrArena& arena, const CHTMLAttrs* from) {
+    const int count = from != nullptr ? from->m_count : 0;
+    // The capacity the list reports is the one of a list grown by steps of
+    // ten; only the slots in use take room.
+    const int capacity = count <= kAttrsGrowStep
+                             ? kAttrsGrowStep
+                             : (count + kAttrsGrowStep - 1) / kAttrsGrowStep * kAttrsGrowStep;
+    void* place = arena.allocate(sizeof(CHTMLAttrs), alignof(CHTMLAttrs));
+    auto** items = static_cast<CHTMLAttr**>(arena.allocate(
+        sizeof(CHTMLAttr*) * static_cast<std::size_t>(count > 0 ? count : 1), alignof(CHTMLAttr*)));
+    if (place == nullptr || items == nullptr) {
+        return nullptr;
+    }
+    int made = 0;
+    for (; made < count; ++made) {
+        items[made] = CHTMLAttr::NewInArena(arena, *from->m_items[made]);
+        if (items[made] == nullptr) {
+            break;  // out of memory: the attributes copied so far
+        }
+    }
+    return new (place) CHTMLAttrs(InArena{}, items, capacity, made);
+}
+
+void CHTMLAttrs::operator delete(CHTMLAttrs* list, std::destroying_delete_t) {
+    const bool inArena = list->m_inArena;
+    list->~CHTMLAttrs();
+    if (!inArena) {
+        ::operator delete(list);
+    }
+}
 
 CHTMLAttrs::CHTMLAttrs(const CHTMLAttrs& other) : CHTMLAttrs() {
     for (int i = 0; i < other.m_count; ++i) {
@@ -209,7 +450,9 @@ CHTMLAttrs& CHTMLAttrs::operator=(const CHTMLAttrs& other) {
 
 CHTMLAttrs::~CHTMLAttrs() {
     removeAll();
-    std::free(m_items);
+    if (!m_slotsInArena) {
+        std::free(m_items);
+    }
 }
 
 void CHTMLAttrs::add(CHTMLAttr* attr) {
@@ -218,9 +461,31 @@ void CHTMLAttrs::add(CHTMLAttr* attr) {
     }
     if (m_count == m_capacity) {
         const int capacity = m_capacity + kAttrsGrowStep;
-        m_items = static_cast<CHTMLAttr**>(
-            std::realloc(m_items, sizeof(CHTMLAttr*) * static_cast<std::size_t>(capacity)));
+        if (m_slotsInArena) {
+            // Slots in an arena cannot grow: the heap takes over.
+            auto** items = static_cast<CHTMLAttr**>(
+                std::malloc(sizeof(CHTMLAttr*) * static_cast<std::size_t>(capacity)));
+            if (items == nullptr) {
+                return;
+            }
+            std::memcpy(items, m_items, sizeof(CHTMLAttr*) * static_cast<std::size_t>(m_count));
+            m_items = items;
+            m_slotsInArena = false;
+        } else {
+            m_items = static_cast<CHTMLAttr**>(
+                std::realloc(m_items, sizeof(CHTMLAttr*) * static_cast<std::size_t>(capacity)));
+        }
         m_capacity = capacity;
+    } else if (m_slotsInArena && m_count >= m_arenaSlots) {
+        // Room for the reported capacity, on the heap.
+        auto** items = static_cast<CHTMLAttr**>(
+            std::malloc(sizeof(CHTMLAttr*) * static_cast<std::size_t>(m_capacity)));
+        if (items == nullptr) {
+            return;
+        }
+        std::memcpy(items, m_items, sizeof(CHTMLAttr*) * static_cast<std::size_t>(m_count));
+        m_items = items;
+        m_slotsInArena = false;
     }
     m_items[m_count++] = attr;
 }

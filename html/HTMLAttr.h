@@ -2,7 +2,62 @@
 // Attributes of a start tag as the lexer delivers them: names lower-cased,
 // values with references decoded; an attribute without a value has a null
 // value.
+#include <cstddef>
+#include <new>
+
 #include "webstep/foundation/Export.h"
+
+/// Storage for the page model of one page: attribute lists, their texts,
+/// page objects and links are placed in a few large blocks instead of one
+/// heap block each, and all of it goes at once with clear(). Bytes handed
+/// out are never moved or written by the arena until then.
+class WEBSTEP_API CHTMLAttrArena {
+public:
+    CHTMLAttrArena() = default;
+    CHTMLAttrArena(const CHTMLAttrArena&) = delete;
+    CHTMLAttrArena& operator=(const CHTMLAttrArena&) = delete;
+    ~CHTMLAttrArena();
+
+    /// size bytes aligned to align (a power of two up to 16); null only when
+    /// memory runs out.
+    void* allocate(std::size_t size, std::size_t align = alignof(void*));
+    /// A NUL-terminated copy of text[0, length); null only when memory runs
+    /// out.
+    char* copy(const char* text, std::size_t length);
+    /// Hands back the end of the last block allocated, keeping its first
+    /// used bytes; does nothing for any other block.
+    void shrinkLast(void* block, std::size_t size, std::size_t used);
+    /// Where the arena stands; equal marks mean nothing was allocated
+    /// between them.
+    struct Mark {
+        const void* block;
+        const char* next;
+        const void* large;
+        std::size_t reserved;
+        bool operator==(const Mark&) const = default;
+    };
+    Mark mark() const;
+    /// Hands back everything allocated since m, which nobody may use any
+    /// more; does nothing when a new block was started since (its memory
+    /// then stays until clear()).
+    void rollback(const Mark& m);
+    /// Releases every block.
+    void clear();
+    /// Bytes of the blocks held (headers included).
+    std::size_t reserved() const { return m_reserved; }
+    /// True when p lies in a block of this arena.
+    bool contains(const void* p) const;
+
+private:
+    struct Block;
+    void* allocateSlow(std::size_t size, std::size_t align);
+
+    Block* m_blocks = nullptr;
+    char* m_next = nullptr;
+    char* m_end = nullptr;
+    std::size_t m_nextSize = 0;
+    std::size_t m_reserved = 0;
+};
 
 /// One attribute of a start tag: the lower-cased name and the decoded value
 /// (null for an attribute written without one). Owned by the attribute list
@@ -11,6 +66,14 @@ class WEBSTEP_API CHTMLAttr {
 public:
     /// Both texts are copied; a null stays null.
     CHTMLAttr(const char* name, const char* value);
+    /// A copy of from placed in arena, texts included. Its texts are never
+    /// written: a new name or value takes storage of its own, so pointers to
+    /// the old texts stay valid as long as the arena. Deleting it only
+    /// releases what it took beyond the arena.
+    static CHTMLAttr* NewInArena(CHTMLAttrArena& arena, const CHTMLAttr& from);
+    /// Attributes placed in an arena are destroyed without freeing their
+    /// memory, which the arena owns.
+    void operator delete(CHTMLAttr* attr, std::destroying_delete_t);
     CHTMLAttr(const CHTMLAttr& other);
     CHTMLAttr& operator=(const CHTMLAttr& other);
     ~CHTMLAttr();
@@ -18,8 +81,10 @@ public:
     const char* name() const { return m_name; }
     const char* value() const { return m_hasValue ? m_value : nullptr; }
     bool hasAValue() const { return m_hasValue; }
-    /// Bytes of storage the attribute holds for its texts.
+    /// Bytes of storage the attribute holds for its texts (outside an arena).
     unsigned storage() const { return m_nameCapacity + m_valueCapacity; }
+    /// The value is text of the arena the attribute was copied into.
+    bool valueInArena() const { return m_valueBorrowed; }
     /// Stores a copy; a null argument stores an empty string.
     void setValue(const char* value);
     /// Makes the attribute name[0, nameLength) with value[0, valueLength),
@@ -28,7 +93,13 @@ public:
     void assign(const char* name, unsigned nameLength, const char* value, unsigned valueLength);
 
 private:
+    struct InArena {};
+    CHTMLAttr(InArena, char* name, char* value);
     static void Store(char*& buffer, unsigned& capacity, const char* text, unsigned length);
+    /// Forgets texts that belong to an arena so that the next write takes
+    /// storage of its own.
+    void leaveArenaName();
+    void leaveArenaValue();
 
     char* m_name;
     char* m_value;
@@ -38,6 +109,11 @@ private:
     /// The value's storage is the tail of the name's block (one allocation
     /// for both), freed with the name.
     bool m_valueInName;
+    /// Name or value lie in an arena (capacity 0: never written, not freed).
+    bool m_nameBorrowed;
+    bool m_valueBorrowed;
+    /// The object itself lies in an arena.
+    bool m_inArena;
 };
 
 /// An owning list of attributes in the order of the tag; an attribute written
@@ -48,6 +124,13 @@ public:
     CHTMLAttrs(const CHTMLAttrs& other);
     CHTMLAttrs& operator=(const CHTMLAttrs& other);
     ~CHTMLAttrs();
+    /// A copy of from placed in arena: the list, its slots, its attributes
+    /// and their texts (see CHTMLAttr::NewInArena). It reports the capacity
+    /// the copied list would have; slots beyond its attributes are taken
+    /// from the heap when the list grows.
+    static CHTMLAttrs* NewInArena(CHTMLAttrArena& arena, const CHTMLAttrs* from);
+    /// Lists placed in an arena are destroyed without freeing their memory.
+    void operator delete(CHTMLAttrs* list, std::destroying_delete_t);
 
     /// Takes ownership; a null pointer is ignored.
     void add(CHTMLAttr* attr);
@@ -64,7 +147,15 @@ public:
     bool find(const char* name, CHTMLAttr*& out) const;
 
 private:
+    struct InArena {};
+    CHTMLAttrs(InArena, CHTMLAttr** items, int capacity, int count);
+
     CHTMLAttr** m_items;
     int m_capacity;
     int m_count;
+    /// Slots there are in an arena block (m_items in an arena); the heap
+    /// takes over when more are needed.
+    int m_arenaSlots;
+    bool m_slotsInArena;
+    bool m_inArena;
 };

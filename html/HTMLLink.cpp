@@ -12,12 +12,48 @@ CHTMLLinkImpl::CHTMLLinkImpl(HTMLTag tag, const char* urlAttrName, const char* u
       m_isResource(isResource),
       m_isFollowable(isFollowable),
       m_isMap(false),
+      m_inArena(false),
       m_base(base),
       m_object(object) {}
 
+CHTMLLinkImpl::CHTMLLinkImpl(InArena, HTMLTag tag, const char* urlAttrName, const char* url,
+                             bool isResource, bool isFollowable, CHTMLObjectImpl* base,
+                             CHTMLObject* object)
+    : m_tag(tag),
+      m_urlAttrName(const_cast<char*>(urlAttrName != nullptr ? urlAttrName : "")),
+      m_url(const_cast<char*>(url != nullptr ? url : "")),
+      m_isResource(isResource),
+      m_isFollowable(isFollowable),
+      m_isMap(false),
+      m_inArena(true),
+      m_base(base),
+      m_object(object) {}
+
+CHTMLLinkImpl* CHTMLLinkImpl::NewInArena(CHTMLAttrArena& arena, HTMLTag tag,
+                                         const char* urlAttrName, const char* url, bool isResource,
+                                         bool isFollowable, CHTMLObjectImpl* base,
+                                         CHTMLObject* object) {
+    void* place = arena.allocate(sizeof(CHTMLLinkImpl), alignof(CHTMLLinkImpl));
+    if (place == nullptr) {
+        return new CHTMLLinkImpl(tag, urlAttrName, url, isResource, isFollowable, base, object);
+    }
+    return new (place)
+        CHTMLLinkImpl(InArena{}, tag, urlAttrName, url, isResource, isFollowable, base, object);
+}
+
+void CHTMLLinkImpl::operator delete(CHTMLLinkImpl* link, std::destroying_delete_t) {
+    const bool inArena = link->m_inArena;
+    link->~CHTMLLinkImpl();
+    if (!inArena) {
+        ::operator delete(link);
+    }
+}
+
 CHTMLLinkImpl::~CHTMLLinkImpl() {
-    std::free(m_urlAttrName);
-    std::free(m_url);
+    if (!m_inArena) {
+        std::free(m_urlAttrName);
+        std::free(m_url);
+    }
 }
 
 const char* CHTMLLinkImpl::base() const {

@@ -45,6 +45,14 @@ public:
     CHTMLLinkImpl(HTMLTag tag, const char* urlAttrName, const char* url, bool isResource,
                   bool isFollowable, CHTMLObjectImpl* base, CHTMLObject* object);
     ~CHTMLLinkImpl() override;
+    /// A link placed in arena that refers to urlAttrName and url instead of
+    /// copying them: both must lie in the arena (or live longer). A null
+    /// text reads as an empty one. Deleting it does not free its memory.
+    static CHTMLLinkImpl* NewInArena(CHTMLAttrArena& arena, HTMLTag tag, const char* urlAttrName,
+                                     const char* url, bool isResource, bool isFollowable,
+                                     CHTMLObjectImpl* base, CHTMLObject* object);
+    /// Links placed in an arena are destroyed without freeing their memory.
+    void operator delete(CHTMLLinkImpl* link, std::destroying_delete_t);
 
     HTMLTag tag() const override { return m_tag; }
     const char* urlAttrName() const override { return m_urlAttrName; }
@@ -61,12 +69,18 @@ public:
     CHTMLObjectImpl* baseElement() const { return m_base; }
 
 private:
+    struct InArena {};
+    CHTMLLinkImpl(InArena, HTMLTag tag, const char* urlAttrName, const char* url, bool isResource,
+                  bool isFollowable, CHTMLObjectImpl* base, CHTMLObject* object);
+
     HTMLTag m_tag;
     char* m_urlAttrName;
     char* m_url;
     bool m_isResource;
     bool m_isFollowable;
     bool m_isMap;
+    /// Name and URL belong to an arena, as does the link itself.
+    bool m_inArena;
     CHTMLObjectImpl* m_base;
     CHTMLObject* m_object;
 };

@@ -32,21 +32,46 @@ bool EqualsNoCase(const char* a, const char* b) {
 }  // namespace htmlpage
 
 CHTMLObjectImpl::CHTMLObjectImpl(HTMLTag tag, CHTMLAttrs* attrs)
-    : m_tag(tag), m_attrs(attrs != nullptr ? attrs : new CHTMLAttrs()), m_content(nullptr) {}
+    : m_tag(tag),
+      m_attrs(attrs != nullptr ? attrs : new CHTMLAttrs()),
+      m_content(nullptr),
+      m_contentInArena(false),
+      m_inArena(false) {}
+
+CHTMLObjectImpl* CHTMLObjectImpl::NewInArena(CHTMLAttrArena& arena, HTMLTag tag,
+                                             CHTMLAttrs* attrs) {
+    void* place = arena.allocate(sizeof(CHTMLObjectImpl), alignof(CHTMLObjectImpl));
+    if (place == nullptr) {
+        return new CHTMLObjectImpl(tag, attrs);
+    }
+    auto* object = new (place) CHTMLObjectImpl(tag, attrs);
+    object->m_inArena = true;
+    return object;
+}
+
+void CHTMLObjectImpl::operator delete(CHTMLObjectImpl* object, std::destroying_delete_t) {
+    const bool inArena = object->m_inArena;
+    object->~CHTMLObjectImpl();
+    if (!inArena) {
+        ::operator delete(object);
+    }
+}
 
 CHTMLObjectImpl::CHTMLObjectImpl(HTMLTag tag) : CHTMLObjectImpl(tag, nullptr) {}
 
 CHTMLObjectImpl::CHTMLObjectImpl(const CHTMLObjectImpl& other)
     : m_tag(other.m_tag),
       m_attrs(new CHTMLAttrs(*other.m_attrs)),
-      m_content(htmlpage::Duplicate(other.m_content)) {}
+      m_content(htmlpage::Duplicate(other.m_content)),
+      m_contentInArena(false),
+      m_inArena(false) {}
 
 CHTMLObjectImpl& CHTMLObjectImpl::operator=(const CHTMLObjectImpl& other) {
     if (this != &other) {
         CHTMLAttrs* attrs = new CHTMLAttrs(*other.m_attrs);
         char* content = htmlpage::Duplicate(other.m_content);
         delete m_attrs;
-        std::free(m_content);
+        releaseContent();
         m_tag = other.m_tag;
         m_attrs = attrs;
         m_content = content;
@@ -56,7 +81,15 @@ CHTMLObjectImpl& CHTMLObjectImpl::operator=(const CHTMLObjectImpl& other) {
 
 CHTMLObjectImpl::~CHTMLObjectImpl() {
     delete m_attrs;
-    std::free(m_content);
+    releaseContent();
+}
+
+void CHTMLObjectImpl::releaseContent() {
+    if (!m_contentInArena) {
+        std::free(m_content);
+    }
+    m_content = nullptr;
+    m_contentInArena = false;
 }
 
 CHTMLAttr* CHTMLObjectImpl::find(const char* name) const {
@@ -126,14 +159,20 @@ void CHTMLObjectImpl::addAttr(const char* name, const char* value) {
 
 void CHTMLObjectImpl::setContent(const char* text) {
     char* copy = htmlpage::Duplicate(text);
-    std::free(m_content);
+    releaseContent();
     m_content = copy;
 }
 
 void CHTMLObjectImpl::setContent(const char* text, unsigned length) {
     char* copy = htmlpage::Duplicate(text, length);
-    std::free(m_content);
+    releaseContent();
     m_content = copy;
+}
+
+void CHTMLObjectImpl::setContentInArena(const char* text) {
+    releaseContent();
+    m_content = const_cast<char*>(text);
+    m_contentInArena = text != nullptr;
 }
 
 CHTMLObject::~CHTMLObject() = default;
@@ -170,4 +209,12 @@ const char* CHTMLObject::content() const {
 
 CHTMLObjectDirect::~CHTMLObjectDirect() {
     delete m_impl;
+}
+
+void CHTMLObjectDirect::operator delete(CHTMLObjectDirect* object, std::destroying_delete_t) {
+    const bool inArena = object->m_inArena;
+    object->~CHTMLObjectDirect();
+    if (!inArena) {
+        ::operator delete(object);
+    }
 }

@@ -14,8 +14,15 @@ public:
     /// Takes ownership of attrs; a null list stands for an empty one.
     CHTMLObjectImpl(HTMLTag tag, CHTMLAttrs* attrs);
     explicit CHTMLObjectImpl(HTMLTag tag);
-    /// Deep copy of attributes and content.
+    /// Deep copy of attributes and content (on the heap, also for a copy of
+    /// an object placed in an arena).
     CHTMLObjectImpl(const CHTMLObjectImpl& other);
+    /// An object placed in arena with attrs (null for an empty list), which
+    /// the object owns; the arena must outlive it. Deleting it releases only
+    /// what it took beyond the arena.
+    static CHTMLObjectImpl* NewInArena(CHTMLAttrArena& arena, HTMLTag tag, CHTMLAttrs* attrs);
+    /// Objects placed in an arena are destroyed without freeing their memory.
+    void operator delete(CHTMLObjectImpl* object, std::destroying_delete_t);
     CHTMLObjectImpl& operator=(const CHTMLObjectImpl& other);
     virtual ~CHTMLObjectImpl();
 
@@ -44,15 +51,24 @@ public:
     /// Stores a copy; null clears it.
     void setContent(const char* text);
     void setContent(const char* text, unsigned length);
+    /// Makes text, which lies in an arena that outlives the object, the
+    /// content without copying it.
+    void setContentInArena(const char* text);
 
     CHTMLAttrs* attrs() const { return m_attrs; }
 
 private:
     CHTMLAttr* find(const char* name) const;
 
+    void releaseContent();
+
     HTMLTag m_tag;
     CHTMLAttrs* m_attrs;
     char* m_content;
+    /// The content belongs to an arena (not freed).
+    bool m_contentInArena;
+    /// The object lies in an arena.
+    bool m_inArena;
 };
 
 /// The public view of one page object; all calls are forwarded to the
@@ -87,8 +103,26 @@ protected:
 /// object.
 class WEBSTEP_API CHTMLObjectDirect : public CHTMLObject {
 public:
-    explicit CHTMLObjectDirect(CHTMLObjectImpl* impl) : CHTMLObject(impl) {}
+    explicit CHTMLObjectDirect(CHTMLObjectImpl* impl) : CHTMLObject(impl), m_inArena(false) {}
     ~CHTMLObjectDirect() override;
+
+    /// An object (or anchor) placed in arena around impl; null when memory
+    /// runs out (impl is then not adopted).
+    template <class T>
+    static T* NewInArena(CHTMLAttrArena& arena, CHTMLObjectImpl* impl) {
+        void* place = arena.allocate(sizeof(T), alignof(T));
+        if (place == nullptr) {
+            return nullptr;
+        }
+        T* object = new (place) T(impl);
+        static_cast<CHTMLObjectDirect*>(object)->m_inArena = true;
+        return object;
+    }
+    /// Objects placed in an arena are destroyed without freeing their memory.
+    void operator delete(CHTMLObjectDirect* object, std::destroying_delete_t);
+
+private:
+    bool m_inArena;
 };
 
 /// An anchor; it knows the first image that stood inside it. The image is

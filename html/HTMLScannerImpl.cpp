@@ -1,5 +1,6 @@
 #include "webstep/html/HTMLScannerImpl.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -129,6 +130,17 @@ bool IsPlainUrlText(const char* s, std::size_t n) {
     return true;
 }
 
+// Appends to a list of the page model, growing it by half its size instead
+// of ten slots at a time: a page of thousands of links would otherwise move
+// its list hundreds of times.
+template <class T>
+void Append(ArrayOfPointers<T>& list, T* item) {
+    if (list.size() == list.capacity()) {
+        list.SetSize(list.capacity() + std::max(10, list.capacity() / 2));
+    }
+    list.add(item);
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- text callback
@@ -185,6 +197,25 @@ const char* CHTMLScannerTextCallback::text() {
     return m_formatted;
 }
 
+const char* CHTMLScannerTextCallback::copyText(CHTMLAttrArena& arena) {
+    // Up to the first NUL, as text() reads it.
+    const std::size_t n = std::strlen(m_raw);
+    if (!m_format) {
+        return arena.copy(m_raw, n);
+    }
+    if (m_formatted != nullptr) {
+        return arena.copy(m_formatted, std::strlen(m_formatted));
+    }
+    // Formatted straight into the arena: the text only shrinks.
+    char* out = static_cast<char*>(arena.allocate(n + 1, 1));
+    if (out != nullptr) {
+        const std::size_t used = FormatInto(m_raw, n, out);
+        out[used] = '\0';
+        arena.shrinkLast(out, n + 1, used + 1);
+    }
+    return out;
+}
+
 MString CHTMLScannerTextCallback::Format(const char* text) {
     MString out;
     if (text == nullptr) {
@@ -226,6 +257,8 @@ CHTMLScannerTagCallback::CHTMLScannerTagCallback(CHTMLScannerImpl* scanner,
       m_info(nullptr),
       m_object(nullptr),
       m_textTarget(nullptr),
+      m_objectStart{},
+      m_objectEnd{},
       m_inTitle(false),
       m_inTextArea(false),
       m_inAnchor(false) {}
@@ -252,13 +285,24 @@ void CHTMLScannerTagCallback::dropObject() {
     if (m_textTarget == m_object) {
         m_textTarget = nullptr;
     }
+    const bool last = m_scanner->arena().mark() == m_objectEnd;
     delete m_object;
     m_object = nullptr;
+    if (last) {
+        m_scanner->arena().rollback(m_objectStart);
+    }
 }
 
 void CHTMLScannerTagCallback::deliverText() {
     if (m_textTarget != nullptr) {
-        m_textTarget->setContent(m_text->text());
+        // The targets are page objects of the scanner's arena: their text
+        // goes there too.
+        const char* text = m_text->copyText(m_scanner->arena());
+        if (text != nullptr) {
+            m_textTarget->setContentInArena(text);
+        } else {
+            m_textTarget->setContent(m_text->text());
+        }
     }
     m_text->reset();
     m_textTarget = nullptr;
@@ -286,20 +330,11 @@ void CHTMLScannerTagCallback::stopParse() {
     dropObject();
 }
 
-char* CHTMLScannerTagCallback::processURL(const char* value) {
-    if (value == nullptr) {
-        value = "";
-    }
-    const std::size_t n = std::strlen(value);
-    if (IsPlainUrlText(value, n)) {
-        // Nothing to trim, drop or escape: the value as it stands.
-        char* copy = static_cast<char*>(std::malloc(n + 1));
-        if (copy != nullptr) {
-            std::memcpy(copy, value, n + 1);
-        }
-        return copy;
-    }
-    char* out = static_cast<char*>(std::malloc(3 * n + 1));
+namespace {
+
+// Writes the processed URL (see processURL) of value[0, n) to out, which has
+// room for 3 * n + 1 bytes, and returns its length.
+std::size_t ProcessURLInto(const char* value, std::size_t n, char* out) {
     std::size_t o = 0;
     // Trim: find the first and the end of the last non-space character.
     std::size_t start = n;
@@ -341,6 +376,45 @@ char* CHTMLScannerTagCallback::processURL(const char* value) {
         i += len;
     }
     out[o] = '\0';
+    return o;
+}
+
+}  // namespace
+
+char* CHTMLScannerTagCallback::processURL(const char* value) {
+    if (value == nullptr) {
+        value = "";
+    }
+    const std::size_t n = std::strlen(value);
+    if (IsPlainUrlText(value, n)) {
+        // Nothing to trim, drop or escape: the value as it stands.
+        char* copy = static_cast<char*>(std::malloc(n + 1));
+        if (copy != nullptr) {
+            std::memcpy(copy, value, n + 1);
+        }
+        return copy;
+    }
+    char* out = static_cast<char*>(std::malloc(3 * n + 1));
+    if (out != nullptr) {
+        ProcessURLInto(value, n, out);
+    }
+    return out;
+}
+
+const char* CHTMLScannerTagCallback::processURL(const char* value, CHTMLAttrArena& arena,
+                                                bool inPlace) {
+    if (value == nullptr) {
+        value = "";
+    }
+    const std::size_t n = std::strlen(value);
+    if (IsPlainUrlText(value, n)) {
+        return inPlace ? value : arena.copy(value, n);
+    }
+    char* out = static_cast<char*>(arena.allocate(3 * n + 1, 1));
+    if (out != nullptr) {
+        const std::size_t used = ProcessURLInto(value, n, out);
+        arena.shrinkLast(out, 3 * n + 1, used + 1);
+    }
     return out;
 }
 
@@ -392,10 +466,22 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
     }
     const bool isLink = m_info != nullptr && m_info->isLink();
 
-    // 2. The page object takes over the attribute list.
+    // 2. The page object gets the attributes, copied into the page's arena
+    // with their texts: one block for a whole page instead of a few heap
+    // blocks per attribute, and the lexer keeps its list and attributes for
+    // the next tags.
     CHTMLObjectImpl* element = nullptr;
     if (m_info != nullptr && (m_info->pickAllAttrs() || isLink)) {
-        m_object = new CHTMLObjectImpl(tag, attrs);
+        CHTMLAttrArena& arena = m_scanner->arena();
+        m_objectStart = arena.mark();
+        CHTMLAttrs* copy = CHTMLAttrs::NewInArena(arena, attrs);
+        if (copy == nullptr && attrs != nullptr) {
+            // Out of memory in the arena: the object takes the list itself.
+            copy = attrs;
+            attrs = nullptr;
+        }
+        m_object = CHTMLObjectImpl::NewInArena(arena, tag, copy);
+        m_objectEnd = arena.mark();
         element = m_object;
         if (tag == HTML_FORM && element->attr("action") == nullptr) {
             element->addAttr("action", "");
@@ -460,6 +546,9 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
             }
             // Read in place: the attribute outlives this loop step.
             const char* value = element->getAttrValueByIndex(i);
+            // A value of the arena that needs no change is the link's URL
+            // as it stands: the arena's texts are never written.
+            bool inPlace = (*element->attrs())[static_cast<unsigned>(i)]->valueInArena();
             MString refreshUrl;
             if (tag == HTML_META && htmlpage::EqualsNoCase(name, "content")) {
                 const CHTMLAttr* equiv = element->findAttrNoCase("http-equiv");
@@ -470,10 +559,16 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
                 splitRefresh(value, time, refreshUrl);
                 element->addAttr("time", time.c_str());
                 value = refreshUrl.c_str();
+                inPlace = false;
             }
-            char* url = processURL(value);
-            m_scanner->addLink(&entry, url);
-            std::free(url);
+            const char* url = processURL(value, m_scanner->arena(), inPlace);
+            if (url != nullptr) {
+                m_scanner->addLinkInArena(&entry, url);
+            } else {
+                char* heapUrl = processURL(value);
+                m_scanner->addLink(&entry, heapUrl);
+                std::free(heapUrl);
+            }
         }
         if (isImage && m_inAnchor && hasIsmap && !hasUsemap) {
             m_scanner->onISMAP();
@@ -500,10 +595,8 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
         m_scanner->setFrame();
     }
 
-    // 10. The list now belongs to the page object; the lexer makes a new one.
-    if (element != nullptr) {
-        attrs = nullptr;
-    }
+    // 10. The lexer's list was copied, not taken: the lexer empties it at
+    // the next start tag and reuses its attributes.
 }
 
 void CHTMLScannerTagCallback::onEndTag(HTMLTag tag) {
@@ -617,6 +710,8 @@ void CHTMLScannerImpl::cleanup() {
     m_forms.cleanup();
     m_objects.cleanup();
     m_bases.cleanup();
+    // Everything placed in the arena is gone now.
+    m_arena.clear();
     m_formStack.reset();
     m_currentForm = nullptr;
     m_currentMenu = nullptr;
@@ -773,49 +868,87 @@ void CHTMLScannerImpl::addAnchor(CHTMLObjectImpl*& obj) {
     if (obj == nullptr) {
         return;
     }
-    m_currentAnchor = new CHTMLAnchor(obj);
+    m_currentAnchor = CHTMLObjectDirect::NewInArena<CHTMLAnchor>(m_arena, obj);
+    if (m_currentAnchor == nullptr) {
+        m_currentAnchor = new CHTMLAnchor(obj);
+    }
     obj = nullptr;
     // An anchor without a URL must not let an image inside it mark the link
     // of an earlier anchor as a map link.
     m_currentAnchorLink = nullptr;
-    m_objects.add(m_currentAnchor);
+    Append(m_objects, static_cast<CHTMLObjectDirect*>(m_currentAnchor));
 }
 
 void CHTMLScannerImpl::addImage(CHTMLObjectImpl*& obj) {
     if (obj == nullptr) {
         return;
     }
-    auto* image = new CHTMLObjectDirect(obj);
+    CHTMLObjectDirect* image = CHTMLObjectDirect::NewInArena<CHTMLObjectDirect>(m_arena, obj);
+    if (image == nullptr) {
+        image = new CHTMLObjectDirect(obj);
+    }
     obj = nullptr;
     m_currentElementObject = image;
     if (m_currentAnchor != nullptr && m_currentAnchor->getImage() == nullptr) {
         m_currentAnchor->setImage(image);
     }
-    m_objects.add(image);
+    Append(m_objects, image);
 }
 
 void CHTMLScannerImpl::addLinkObject(CHTMLObjectImpl*& obj) {
     if (obj == nullptr) {
         return;
     }
-    m_currentElementObject = new CHTMLObjectDirect(obj);
+    m_currentElementObject = CHTMLObjectDirect::NewInArena<CHTMLObjectDirect>(m_arena, obj);
+    if (m_currentElementObject == nullptr) {
+        m_currentElementObject = new CHTMLObjectDirect(obj);
+    }
     obj = nullptr;
-    m_objects.add(m_currentElementObject);
+    Append(m_objects, m_currentElementObject);
 }
 
 void CHTMLScannerImpl::addLink(const LinkSpec* entry, const char* url) {
     if (entry == nullptr) {
         return;
     }
-    auto* link = new CHTMLLinkImpl(entry->tag, entry->attribute, url, entry->isResource,
-                                   entry->isFollowable, lastBase(), nullptr);
+    const char* text = url != nullptr ? url : "";
+    const char* copy = m_arena.copy(text, std::strlen(text));
+    if (copy == nullptr) {
+        appendLink(entry, new CHTMLLinkImpl(entry->tag, entry->attribute, text, entry->isResource,
+                                            entry->isFollowable, lastBase(), nullptr));
+        return;
+    }
+    addLinkInArena(entry, copy);
+}
+
+void CHTMLScannerImpl::addLinkInArena(const LinkSpec* entry, const char* url) {
+    if (entry == nullptr) {
+        return;
+    }
+    // The attribute name is copied too: the link table may be replaced
+    // while the page model is still read.
+    const char* name = entry->attribute != nullptr
+                           ? m_arena.copy(entry->attribute, std::strlen(entry->attribute))
+                           : nullptr;
+    CHTMLLinkImpl* link = nullptr;
+    if (name != nullptr || entry->attribute == nullptr) {
+        link = CHTMLLinkImpl::NewInArena(m_arena, entry->tag, name, url, entry->isResource,
+                                         entry->isFollowable, lastBase(), nullptr);
+    } else {
+        link = new CHTMLLinkImpl(entry->tag, entry->attribute, url, entry->isResource,
+                                 entry->isFollowable, lastBase(), nullptr);
+    }
+    appendLink(entry, link);
+}
+
+void CHTMLScannerImpl::appendLink(const LinkSpec* entry, CHTMLLinkImpl* link) {
     if (entry->tag == HTML_A) {
         link->setObject(m_currentAnchor);
         m_currentAnchorLink = link;
     } else if (entry->hasObject) {
         link->setObject(m_currentElementObject);
     }
-    m_links.add(link);
+    Append(m_links, link);
     if (m_currentMap != nullptr) {
         link->setMap(m_currentMap);
         m_currentMap->addLink(link);

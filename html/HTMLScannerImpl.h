@@ -30,6 +30,8 @@ public:
     void reset();
     /// The raw text when formatting is off, else the formatted copy.
     const char* text();
+    /// What text() gives, copied into arena (no formatted copy is kept).
+    const char* copyText(CHTMLAttrArena& arena);
     const char* rawText() const { return m_raw; }
     int capacity() const { return m_capacity; }
 
@@ -70,6 +72,9 @@ public:
     /// Trims the value, drops inner white space and writes each plain space as
     /// %20. Returns a new malloc'ed string (the caller frees it).
     static char* processURL(const char* value);
+    /// The same, with the result in arena; a value that needs no change is
+    /// returned as it is when inPlace is set (it must then lie in the arena).
+    static const char* processURL(const char* value, CHTMLAttrArena& arena, bool inPlace);
     /// Splits the content of a refresh element into its time and its URL.
     static void splitRefresh(const char* content, MString& time, MString& url);
 
@@ -86,6 +91,10 @@ private:
     CTagMapInfo* m_info;
     CHTMLObjectImpl* m_object;
     CHTMLObjectImpl* m_textTarget;
+    /// The arena before and after the current object was made: an object
+    /// nobody adopted gives its room back when nothing was placed after it.
+    CHTMLAttrArena::Mark m_objectStart;
+    CHTMLAttrArena::Mark m_objectEnd;
     bool m_inTitle;
     bool m_inTextArea;
     bool m_inAnchor;
@@ -124,6 +133,9 @@ public:
     void addImage(CHTMLObjectImpl*& obj);
     void addLinkObject(CHTMLObjectImpl*& obj);
     void addLink(const LinkSpec* entry, const char* url);
+    /// addLink for a URL that already lies in the page's arena: the link
+    /// refers to it.
+    void addLinkInArena(const LinkSpec* entry, const char* url);
     void onISMAP();
     void endForm();
     void endMenu();
@@ -140,6 +152,8 @@ public:
     void cleanup();
 
     const CTagMap& tagMap() const { return m_tagMap; }
+    /// Storage of the page model of the current page (emptied by cleanup).
+    CHTMLAttrArena& arena() { return m_arena; }
     CHTMLBaseParser& lexer() { return m_lexer; }
 
     const char* title() const { return m_title; }
@@ -169,6 +183,8 @@ public:
 
 private:
     CHTMLObjectImpl* lastBase() const;
+    /// Gives the link its object and map and appends it.
+    void appendLink(const LinkSpec* entry, CHTMLLinkImpl* link);
     /// The current form, or the one on top of the form stack made current.
     CHTMLForm_* resolveForm();
 
@@ -176,6 +192,9 @@ private:
     CHTMLBaseParser m_lexer;
     CHTMLScannerTextCallback* m_textCallback;
     CHTMLScannerTagCallback* m_tagCallback;
+    /// Declared before the lists so that it goes after the objects placed
+    /// in it.
+    CHTMLAttrArena m_arena;
     ArrayOfPointers<CHTMLLinkImpl> m_links;
     ArrayOfPointers<CHTMLObjectImpl> m_bases;
     ArrayOfPointers<CHTMLForm_> m_forms;
