@@ -448,21 +448,21 @@ bool MeasurePlainWebURL(const char* data, std::size_t n, std::size_t colonEnd,
     const std::size_t schemeLength = colonEnd + 2;
     if (n <= schemeLength || data[colonEnd] != '/' || data[colonEnd + 1] != '/')
         return false;
-    // The text from colonEnd on, each piece with the byte before it (for the
-    // "/." test). A text shorter than a piece is copied into a padded one; the
+    // The text after "//", each piece with the byte before it (for the "/."
+    // test). A text shorter than a piece is copied into a padded one; the
     // last piece of a longer text is the last 16 bytes, which may overlap the
     // piece before: every test gives the same answer for a byte seen twice.
     alignas(16) char padded[48];
     const char* text = data;
-    std::size_t from = colonEnd;
+    const std::size_t from = schemeLength;
     std::size_t end = n;
-    if (n - colonEnd < 16) {
+    if (n - from < 16) {
         // Padded with a byte that counts as nothing; the copy keeps the
         // positions of the text.
         std::memset(padded, 'a', sizeof padded);
-        std::memcpy(padded + 16, data + colonEnd - 1, n - colonEnd + 1);
-        text = padded + 17 - colonEnd;
-        end = colonEnd + 16;
+        std::memcpy(padded + 16, data + from - 1, n - from + 1);
+        text = padded + 17 - from;
+        end = from + 16;
     }
     const __m128i below = Bytes(0x21);
     __m128i refused = _mm_setzero_si128();
@@ -493,10 +493,10 @@ bool MeasurePlainWebURL(const char* data, std::size_t n, std::size_t colonEnd,
             lastSlashes = slashes;
         }
         if (!hostFound) {
-            // The bytes of this piece from the host on, up to its first "/".
-            unsigned host = at < schemeLength ? ~((1u << (schemeLength - at)) - 1) : ~0u;
-            if (const unsigned hostSlashes = slashes & host) {
-                const unsigned k = static_cast<unsigned>(__builtin_ctz(hostSlashes));
+            // The bytes of this piece up to its first "/" are host bytes.
+            unsigned host = ~0u;
+            if (slashes != 0) {
+                const unsigned k = static_cast<unsigned>(__builtin_ctz(slashes));
                 shape.hostEnd = at + k;
                 hostFound = true;
                 host &= (1u << k) - 1;
@@ -793,6 +793,12 @@ int CURLParser::CreateFromAbsoluteURL(const char* url) {
     // A bare fragment or query is never an absolute URL.
     if (url != nullptr && url[0] != '#' && url[0] != '?' && TakeSimpleURL(url))
         return m_valid;
+    return CreateFromAbsoluteURLGenerally(url);
+}
+
+// Kept out of line: the common case above then needs no room for the
+// general way's strings.
+[[gnu::noinline]] int CURLParser::CreateFromAbsoluteURLGenerally(const char* url) {
     Clear();
     if (url == nullptr || url[0] == '#' || url[0] == '?')
         return 0;
@@ -1071,9 +1077,10 @@ void CURLParser::DivideExtra(MString* search, MString* label) const {
 }
 
 MString CURLParser::GetSearch() const {
+    if (!m_valid || m_extraPart.len == 0)
+        return MString();
     std::string_view search, label;
-    if (m_valid)
-        DivideExtra(&search, &label);
+    DivideExtra(&search, &label);
     return MString(search);
 }
 

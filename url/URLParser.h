@@ -172,6 +172,8 @@ private:
 
     void Clear();
     int CreateFromCanonicalText(const char* text, const char* portSearchText);
+    // Absolute creation through the platform URL services.
+    int CreateFromAbsoluteURLGenerally(const char* url);
     /// The common case of an http or https URL, taken apart in one pass
     /// (with the clean-up canonicalization would do: backslashes, dot
     /// segments, the "/" of an empty path); false for anything else, which
