@@ -92,6 +92,18 @@ TEST(HTMLLexerTokens, AttributeNameLosesSpacesAndEqualsSign) {
               (Strings{"Start Tag:<a", "Attr Name:href", "Name Token:y", "Tag Close:>"}));
 }
 
+// Every white space byte before an attribute name is left out of the name,
+// fed whole or cut anywhere.
+TEST(HTMLLexerTokens, EveryKindOfWhiteSpaceBeforeANameIsLeftOut) {
+    const std::string page = "<a \t\n\r\f\vHREF = \"x y\"\v\fchecked\r\n\tid='z'>";
+    const Strings want{"Start Tag:<a", "Attr Name:href", "Literal:\"x y\"", "Attr Name:",
+                       "Name:checked", "Attr Name:id",   "Literal:'z'",     "Tag Close:>"};
+    EXPECT_EQ(Tokens(page), want);
+    for (std::size_t piece = 1; piece < page.size(); ++piece) {
+        EXPECT_EQ(Tokens(page, kTag, piece), want) << "pieces of " << piece;
+    }
+}
+
 TEST(HTMLLexerTokens, BareNameGivesEmptyAttrNameThenName) {
     EXPECT_EQ(Tokens("<input CHECKED>"),
               (Strings{"Start Tag:<input", "Attr Name:", "Name:checked", "Tag Close:>"}));
