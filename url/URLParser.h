@@ -177,7 +177,8 @@ private:
     /// The common case of an http or https URL, taken apart in one pass
     /// (with the clean-up canonicalization would do: backslashes, dot
     /// segments, the "/" of an empty path); false for anything else, which
-    /// then goes the general way.
+    /// then goes the general way. The plainest URLs, which need no clean-up,
+    /// are only measured, 16 bytes at a time where SSE2 is available.
     bool TakeSimpleURL(std::string_view url);
     bool TakeSimpleRelativeURL(const CURLParser& base, const char* url);
     // The one-pass check and split of the URL text in buf (it may be
