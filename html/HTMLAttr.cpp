@@ -54,17 +54,6 @@ CHTMLAttrArena::~CHTMLAttrArena() {
     clear();
 }
 
-void* CHTMLAttrArena::allocate(std::size_t size, std::size_t align) {
-    const auto next = reinterpret_cast<std::uintptr_t>(m_next);
-    const std::uintptr_t aligned = (next + (align - 1)) & ~static_cast<std::uintptr_t>(align - 1);
-    if (m_next != nullptr && aligned <= reinterpret_cast<std::uintptr_t>(m_end) &&
-        size <= reinterpret_cast<std::uintptr_t>(m_end) - aligned) {
-        m_next = reinterpret_cast<char*>(aligned + size);
-        return reinterpret_cast<void*>(aligned);
-    }
-    return allocateSlow(size, align);
-}
-
 void* CHTMLAttrArena::allocateSlow(std::size_t size, std::size_t align) {
     constexpr std::size_t header = (sizeof(Block) + 15) & ~std::size_t{15};
     const std::size_t needed = header + size + align;

@@ -3,6 +3,7 @@
 // values with references decoded; an attribute without a value has a null
 // value.
 #include <cstddef>
+#include <cstdint>
 #include <new>
 
 #include "webstep/foundation/Export.h"
@@ -20,7 +21,18 @@ public:
 
     /// size bytes aligned to align (a power of two up to 16); null only when
     /// memory runs out.
-    void* allocate(std::size_t size, std::size_t align = alignof(void*));
+    void* allocate(std::size_t size, std::size_t align = alignof(void*)) {
+        // Inline: a page places tens of thousands of small pieces.
+        const std::size_t pad =
+            static_cast<std::size_t>(-reinterpret_cast<std::uintptr_t>(m_next)) & (align - 1);
+        if (m_next != nullptr && static_cast<std::size_t>(m_end - m_next) >= pad &&
+            size <= static_cast<std::size_t>(m_end - m_next) - pad) {
+            char* p = m_next + pad;
+            m_next = p + size;
+            return p;
+        }
+        return allocateSlow(size, align);
+    }
     /// A NUL-terminated copy of text[0, length); null only when memory runs
     /// out.
     char* copy(const char* text, std::size_t length);
