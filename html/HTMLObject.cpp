@@ -85,7 +85,7 @@ CHTMLObjectImpl::~CHTMLObjectImpl() {
 }
 
 void CHTMLObjectImpl::releaseContent() {
-    if (!m_contentInArena) {
+    if (!m_contentInArena && m_content != nullptr) {
         std::free(m_content);
     }
     m_content = nullptr;

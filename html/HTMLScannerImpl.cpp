@@ -53,6 +53,9 @@ constexpr int kMinTextCapacity = 256;
 // byte is copied, dropped, or one of a run of white space that gives at most
 // one space.
 std::size_t FormatInto(const char* text, std::size_t n, char* out) {
+    // The code page is read once for the whole text, not per character.
+    const unsigned int cp = webstep::platform::GetProcessCodePage();
+    const bool utf8 = cp == webstep::platform::CP_UTF8;
     std::size_t o = 0;
     bool pendingSpace = false;
     std::size_t i = 0;
@@ -83,7 +86,12 @@ std::size_t FormatInto(const char* text, std::size_t n, char* out) {
             i = j;
             continue;
         }
-        const std::size_t len = CharLen(text + i, n - i);
+        // As CharLen and IsSpaceAt, with the code page at hand.
+        const int charLength = webstep::platform::CharLength(cp, text + i, n - i);
+        std::size_t len = charLength > 0 ? static_cast<std::size_t>(charLength) : 1;
+        if (len > n - i) {
+            len = n - i;
+        }
         if (len == 1 && c == 0xA0) {
             // A no-break space stands on its own: it ends a run of white
             // space before it and does not absorb white space after it.
@@ -92,7 +100,8 @@ std::size_t FormatInto(const char* text, std::size_t n, char* out) {
                 pendingSpace = false;
             }
             out[o++] = ' ';
-        } else if (IsSpaceAt(text + i, n - i)) {
+        } else if (!(utf8 && (c < 0xC2 || (c > 0xC2 && c < 0xE1) || c > 0xE3)) &&
+                   os_is_char_space(text + i, n - i)) {
             pendingSpace = o != 0;
         } else {
             if (pendingSpace) {
@@ -178,8 +187,10 @@ void CHTMLScannerTextCallback::onText(const char* text, unsigned length) {
 void CHTMLScannerTextCallback::reset() {
     m_length = 0;
     m_raw[0] = '\0';
-    std::free(m_formatted);
-    m_formatted = nullptr;
+    if (m_formatted != nullptr) {
+        std::free(m_formatted);
+        m_formatted = nullptr;
+    }
 }
 
 const char* CHTMLScannerTextCallback::text() {
