@@ -397,20 +397,65 @@ CHTMLAttrs* CHTMLAttrs::NewInArena(CHTMLAttrArena& arena, const CHTMLAttrs* from
     const int capacity = count <= kAttrsGrowStep
                              ? kAttrsGrowStep
                              : (count + kAttrsGrowStep - 1) / kAttrsGrowStep * kAttrsGrowStep;
-    void* place = arena.allocate(sizeof(CHTMLAttrs), alignof(CHTMLAttrs));
-    auto** items = static_cast<CHTMLAttr**>(arena.allocate(
-        sizeof(CHTMLAttr*) * static_cast<std::size_t>(count > 0 ? count : 1), alignof(CHTMLAttr*)));
-    if (place == nullptr || items == nullptr) {
-        return nullptr;
-    }
-    int made = 0;
-    for (; made < count; ++made) {
-        items[made] = CHTMLAttr::NewInArena(arena, *from->m_items[made]);
-        if (items[made] == nullptr) {
-            break;  // out of memory: the attributes copied so far
+    // One piece of the arena for the list, its slots, its attributes and
+    // their texts; the lengths of the texts of up to kBatch attributes are
+    // measured once.
+    constexpr int kBatch = 32;
+    unsigned lengths[2 * kBatch];
+    const bool batch = count <= kBatch;
+    const std::size_t slots = static_cast<std::size_t>(count > 0 ? count : 1);
+    std::size_t size = sizeof(CHTMLAttrs) + sizeof(CHTMLAttr*) * slots;
+    if (batch) {
+        size += sizeof(CHTMLAttr) * static_cast<std::size_t>(count);
+        for (int i = 0; i < count; ++i) {
+            const CHTMLAttr& a = *from->m_items[i];
+            lengths[2 * i] = Length(a.m_name);
+            lengths[2 * i + 1] = Length(a.value());
+            size += (a.m_name != nullptr ? lengths[2 * i] + 1u : 0u) +
+                    (a.value() != nullptr ? lengths[2 * i + 1] + 1u : 0u);
         }
     }
-    return new (place) CHTMLAttrs(InArena{}, items, capacity, made);
+    static_assert(sizeof(CHTMLAttrs) % alignof(CHTMLAttr*) == 0 &&
+                      sizeof(CHTMLAttr*) % alignof(CHTMLAttr) == 0 &&
+                      alignof(CHTMLAttr) <= alignof(CHTMLAttrs),
+                  "list, slots and attributes follow each other without padding");
+    char* block = static_cast<char*>(arena.allocate(size, alignof(CHTMLAttrs)));
+    if (block == nullptr) {
+        return nullptr;
+    }
+    auto** items = reinterpret_cast<CHTMLAttr**>(block + sizeof(CHTMLAttrs));
+    int made = 0;
+    if (batch) {
+        char* attrs = block + sizeof(CHTMLAttrs) + sizeof(CHTMLAttr*) * slots;
+        char* text = attrs + sizeof(CHTMLAttr) * static_cast<std::size_t>(count);
+        for (; made < count; ++made) {
+            const CHTMLAttr& a = *from->m_items[made];
+            char* name = nullptr;
+            char* value = nullptr;
+            if (a.m_name != nullptr) {
+                name = text;
+                std::memcpy(name, a.m_name, lengths[2 * made]);
+                name[lengths[2 * made]] = '\0';
+                text += lengths[2 * made] + 1;
+            }
+            if (a.value() != nullptr) {
+                value = text;
+                std::memcpy(value, a.value(), lengths[2 * made + 1]);
+                value[lengths[2 * made + 1]] = '\0';
+                text += lengths[2 * made + 1] + 1;
+            }
+            items[made] = new (attrs + sizeof(CHTMLAttr) * static_cast<std::size_t>(made))
+                CHTMLAttr(CHTMLAttr::InArena{}, name, value);
+        }
+    } else {
+        for (; made < count; ++made) {
+            items[made] = CHTMLAttr::NewInArena(arena, *from->m_items[made]);
+            if (items[made] == nullptr) {
+                break;  // out of memory: the attributes copied so far
+            }
+        }
+    }
+    return new (block) CHTMLAttrs(InArena{}, items, capacity, made);
 }
 
 void CHTMLAttrs::operator delete(CHTMLAttrs* list, std::destroying_delete_t) {

@@ -105,6 +105,7 @@ public:
     void assign(const char* name, unsigned nameLength, const char* value, unsigned valueLength);
 
 private:
+    friend class CHTMLAttrs;  // places attributes with their list
     struct InArena {};
     CHTMLAttr(InArena, char* name, char* value);
     static void Store(char*& buffer, unsigned& capacity, const char* text, unsigned length);

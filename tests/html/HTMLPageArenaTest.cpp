@@ -212,6 +212,32 @@ TEST(HTMLAttrsInArena, CapacityIsThatOfAListGrownByTens) {
     EXPECT_EQ(none->capacity(), 10);
 }
 
+TEST(HTMLAttrsInArena, ManyAttributesAreCopiedOneByOne) {
+    CHTMLAttrArena arena;
+    CHTMLAttrs source;
+    for (int i = 0; i < 45; ++i) {
+        const std::string name = "n" + std::to_string(i);
+        const std::string value = "v" + std::to_string(i);
+        source.add(name.c_str(), i % 3 == 0 ? nullptr : value.c_str());
+    }
+    std::unique_ptr<CHTMLAttrs> list(CHTMLAttrs::NewInArena(arena, &source));
+    ASSERT_EQ(list->size(), 45);
+    EXPECT_EQ(list->capacity(), 50);
+    for (int i = 0; i < 45; ++i) {
+        EXPECT_EQ((*list)[static_cast<unsigned>(i)]->name(), "n" + std::to_string(i));
+        if (i % 3 == 0) {
+            EXPECT_EQ((*list)[static_cast<unsigned>(i)]->value(), nullptr);
+        } else {
+            EXPECT_EQ((*list)[static_cast<unsigned>(i)]->value(), "v" + std::to_string(i));
+        }
+    }
+    for (int i = 0; i < 6; ++i) {
+        list->add("x", "y");
+    }
+    EXPECT_EQ(list->capacity(), 60);
+    EXPECT_STREQ((*list)[50]->name(), "x");
+}
+
 TEST(HTMLAttrsInArena, GrowsByTenOnTheHeapAndCopiesDeeply) {
     CHTMLAttrArena arena;
     CHTMLAttrs source;
