@@ -41,6 +41,90 @@ bool Inside(const char* text, const char* buffer, unsigned capacity) {
 constexpr std::size_t kFirstBlock = 4096;
 constexpr std::size_t kLargestBlock = 32 * 1024;
 
+// Attribute names that most pages repeat on most elements: an attribute
+// copied into an arena refers to this static text instead of a copy. Null
+// for any other name.
+const char* CommonName(const char* name, unsigned length) {
+    if (name == nullptr) {
+        return nullptr;
+    }
+    // By length and first letter, then one comparison of known length.
+    const auto is = [name](const char* known, unsigned n) {
+        return std::memcmp(name, known, n) == 0 ? known : nullptr;
+    };
+    switch (length) {
+        case 2:
+            return is("id", 2);
+        case 3:
+            switch (name[0]) {
+                case 'a':
+                    return is("alt", 3);
+                case 'r':
+                    return is("rel", 3);
+                case 's':
+                    return is("src", 3);
+                default:
+                    return nullptr;
+            }
+        case 4:
+            switch (name[0]) {
+                case 'h':
+                    return is("href", 4);
+                case 'n':
+                    return is("name", 4);
+                case 't':
+                    return is("type", 4);
+                default:
+                    return nullptr;
+            }
+        case 5:
+            switch (name[0]) {
+                case 'a':
+                    return is("align", 5);
+                case 'c':
+                    return is("class", 5);
+                case 's':
+                    return is("style", 5);
+                case 't':
+                    return is("title", 5);
+                case 'v':
+                    return is("value", 5);
+                case 'w':
+                    return is("width", 5);
+                default:
+                    return nullptr;
+            }
+        case 6:
+            switch (name[0]) {
+                case 'a':
+                    return is("action", 6);
+                case 'b':
+                    return is("border", 6);
+                case 'h':
+                    return is("height", 6);
+                case 'm':
+                    return is("method", 6);
+                case 't':
+                    return is("target", 6);
+                default:
+                    return nullptr;
+            }
+        case 7:
+            switch (name[0]) {
+                case 'c':
+                    return name[1] == 'o' ? is("content", 7) : is("checked", 7);
+                case 'o':
+                    return is("onclick", 7);
+                default:
+                    return nullptr;
+            }
+        case 8:
+            return is("selected", 8);
+        default:
+            return nullptr;
+    }
+}
+
 }  // namespace
 
 // ---------------------------------------------------------------- arena
@@ -402,6 +486,7 @@ CHTMLAttrs* CHTMLAttrs::NewInArena(CHTMLAttrArena& arena, const CHTMLAttrs* from
     // measured once.
     constexpr int kBatch = 32;
     unsigned lengths[2 * kBatch];
+    const char* common[kBatch];
     const bool batch = count <= kBatch;
     const std::size_t slots = static_cast<std::size_t>(count > 0 ? count : 1);
     std::size_t size = sizeof(CHTMLAttrs) + sizeof(CHTMLAttr*) * slots;
@@ -411,7 +496,8 @@ CHTMLAttrs* CHTMLAttrs::NewInArena(CHTMLAttrArena& arena, const CHTMLAttrs* from
             const CHTMLAttr& a = *from->m_items[i];
             lengths[2 * i] = Length(a.m_name);
             lengths[2 * i + 1] = Length(a.value());
-            size += (a.m_name != nullptr ? lengths[2 * i] + 1u : 0u) +
+            common[i] = CommonName(a.m_name, lengths[2 * i]);
+            size += (a.m_name != nullptr && common[i] == nullptr ? lengths[2 * i] + 1u : 0u) +
                     (a.value() != nullptr ? lengths[2 * i + 1] + 1u : 0u);
         }
     }
@@ -432,7 +518,10 @@ CHTMLAttrs* CHTMLAttrs::NewInArena(CHTMLAttrArena& arena, const CHTMLAttrs* from
             const CHTMLAttr& a = *from->m_items[made];
             char* name = nullptr;
             char* value = nullptr;
-            if (a.m_name != nullptr) {
+            if (common[made] != nullptr) {
+                // Static text: never written or freed, like the arena's.
+                name = const_cast<char*>(common[made]);
+            } else if (a.m_name != nullptr) {
                 name = text;
                 std::memcpy(name, a.m_name, lengths[2 * made]);
                 name[lengths[2 * made]] = '\0';

@@ -212,6 +212,36 @@ TEST(HTMLAttrsInArena, CapacityIsThatOfAListGrownByTens) {
     EXPECT_EQ(none->capacity(), 10);
 }
 
+TEST(HTMLAttrsInArena, CommonNamesAreSharedAndOthersCopied) {
+    CHTMLAttrArena arena;
+    CHTMLAttrs source;
+    source.add("href", "a.htm");
+    source.add("data-x", "1");
+    source.add("hreF", "b");  // not lower case: copied as it is
+    source.add("content", "c");
+    source.add("checked", nullptr);
+    std::unique_ptr<CHTMLAttrs> one(CHTMLAttrs::NewInArena(arena, &source));
+    std::unique_ptr<CHTMLAttrs> two(CHTMLAttrs::NewInArena(arena, &source));
+    ASSERT_EQ(one->size(), 5);
+    EXPECT_STREQ((*one)[0]->name(), "href");
+    EXPECT_EQ((*one)[0]->name(), (*two)[0]->name());
+    EXPECT_FALSE(arena.contains((*one)[0]->name()));
+    EXPECT_STREQ((*one)[1]->name(), "data-x");
+    EXPECT_TRUE(arena.contains((*one)[1]->name()));
+    EXPECT_STREQ((*one)[2]->name(), "hreF");
+    EXPECT_TRUE(arena.contains((*one)[2]->name()));
+    EXPECT_STREQ((*one)[3]->name(), "content");
+    EXPECT_STREQ((*one)[4]->name(), "checked");
+    EXPECT_EQ((*one)[4]->value(), nullptr);
+    // A shared name is never written: a new one takes storage of its own.
+    (*one)[0]->assign("src", 3, "x", 1);
+    EXPECT_STREQ((*one)[0]->name(), "src");
+    EXPECT_STREQ((*two)[0]->name(), "href");
+    CHTMLAttr* found = nullptr;
+    EXPECT_TRUE(two->find("href", found));
+    EXPECT_STREQ(found->value(), "a.htm");
+}
+
 TEST(HTMLAttrsInArena, ManyAttributesAreCopiedOneByOne) {
     CHTMLAttrArena arena;
     CHTMLAttrs source;
