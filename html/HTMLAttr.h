@@ -149,7 +149,9 @@ public:
     void add(CHTMLAttr* attr);
     void add(const char* name, const char* value);
     /// Removes the last attribute and hands it to the caller (who then owns
-    /// it, for instance to reuse it); null when the list is empty.
+    /// it, for instance to reuse it); null when the list is empty. One taken
+    /// from a list placed in an arena reads its texts there: it must not be
+    /// used after the arena is cleared.
     CHTMLAttr* takeLast() { return m_count > 0 ? m_items[--m_count] : nullptr; }
     /// No bounds check.
     CHTMLAttr* operator[](unsigned i) const { return m_items[i]; }

@@ -7,8 +7,9 @@
 #include "webstep/html/HTMLAttr.h"
 #include "webstep/html/HTMLTag.h"
 
-/// One element of a page: its tag, its attributes (taken over from the lexer)
-/// and its text content (anchor text, text area contents...).
+/// One element of a page: its tag, its attributes (the scanner's objects
+/// hold a copy of the lexer's list placed in the page's arena) and its text
+/// content (anchor text, text area contents...).
 class WEBSTEP_API CHTMLObjectImpl {
 public:
     /// Takes ownership of attrs; a null list stands for an empty one.
