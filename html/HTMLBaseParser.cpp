@@ -227,6 +227,7 @@ CHTMLBaseParser::CHTMLBaseParser()
       m_wanted(false),
       m_hasPendingName(false),
       m_attrs(nullptr),
+      m_recycledAttrs(nullptr),
       m_spareAttrs(new CHTMLAttrs()),
       m_text(new CTextBuffer()),
       m_inComment(false),
@@ -243,6 +244,7 @@ CHTMLBaseParser::~CHTMLBaseParser() {
     delete m_sink;
     delete[] m_tagCallbacks;
     delete m_attrs;
+    delete m_recycledAttrs;
     delete m_spareAttrs;
     delete m_text;
     delete m_comment;
@@ -257,6 +259,14 @@ void CHTMLBaseParser::registerTagCallback(HTMLTag tag, TagCallback* cb) {
     } else if (tag >= HTML_FIRST_KNOWN_TAG && tag <= HTML_LAST_TAG) {
         m_tagCallbacks[tag - HTML_FIRST_KNOWN_TAG] = cb;
     }
+}
+
+void CHTMLBaseParser::recycleAttrs(CHTMLAttrs* list) {
+    if (list == nullptr || list == m_attrs || list == m_recycledAttrs) {
+        return;
+    }
+    delete m_recycledAttrs;
+    m_recycledAttrs = list;
 }
 
 void CHTMLBaseParser::registerTextCallback(TextCallback* cb) {
@@ -605,10 +615,12 @@ void CHTMLBaseParser::onTagData(const CHTMLTokenBatch& batch) {
                 m_wanted = false;
                 m_currentCallback = nullptr;
                 if (m_attrs == nullptr) {
-                    m_attrs = new CHTMLAttrs();
-                } else {
-                    clearAttrs();
+                    // The callback took the list: one it handed back is
+                    // reused with its attributes, else a new one is made.
+                    m_attrs = m_recycledAttrs != nullptr ? m_recycledAttrs : new CHTMLAttrs();
+                    m_recycledAttrs = nullptr;
                 }
+                clearAttrs();
                 m_hasPendingName = false;
                 // The token holds the less-than sign and the name.
                 m_currentTag = length > 1 ? LookupTag(text + 1, length - 1) : HTML_UNKNOWN_TAG;

@@ -69,6 +69,12 @@ public:
     void registerTextCallback(TextCallback* cb);
     void registerCommentCallback(CommentCallback* cb);
 
+    /// Hands back a list that a tag callback took from the parser (setting
+    /// its pointer to null) and no longer needs: the parser owns it again and
+    /// the next start tag reuses it and its attributes instead of making a new
+    /// list. A list handed back earlier and not yet reused is deleted.
+    void recycleAttrs(CHTMLAttrs* list);
+
     /// Also returns the engine to normal text, so that a parser can be reused.
     void startParse();
     /// A length of 0 ends the input.
@@ -140,6 +146,8 @@ private:
     std::string m_pendingName;
     bool m_hasPendingName;
     CHTMLAttrs* m_attrs;
+    /// A list a callback took and handed back (see recycleAttrs); null when none.
+    CHTMLAttrs* m_recycledAttrs;
     /// Attributes of earlier tags kept for reuse, so that an attribute does
     /// not cost allocations for its object, name and value at every tag.
     CHTMLAttrs* m_spareAttrs;

@@ -606,8 +606,15 @@ void CHTMLScannerTagCallback::onStartTag(HTMLTag tag, CHTMLAttrs*& attrs) {
         m_scanner->setFrame();
     }
 
-    // 10. The lexer's list was copied, not taken: the lexer empties it at
-    // the next start tag and reuses its attributes.
+    // 10. The page object owns the attributes now (as a copy in the arena),
+    // so the lexer's list pointer is set to null; the list goes back to the
+    // lexer for reuse at its next start tag instead of being freed, so that
+    // its attributes cost no allocations.
+    if (element != nullptr && attrs != nullptr) {
+        CHTMLAttrs* taken = attrs;
+        attrs = nullptr;
+        m_scanner->lexer().recycleAttrs(taken);
+    }
 }
 
 void CHTMLScannerTagCallback::onEndTag(HTMLTag tag) {

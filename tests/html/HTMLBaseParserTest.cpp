@@ -604,6 +604,44 @@ TEST(HTMLBaseParser, CallbackMayTakeTheAttributeListAndLeaveAnother) {
     EXPECT_STREQ((*taker.kept[2])[0]->value(), "3");
 }
 
+// A callback that took the list may hand it back: the next start tag gets
+// that very list, emptied, with its own attributes only.
+TEST(HTMLBaseParser, CallbackMayHandATakenListBackForReuse) {
+    struct Recycler : TagCallback {
+        void onStartTag(HTMLTag, CHTMLAttrs*& attrs) override {
+            seen.push_back(attrs);
+            Strings names;
+            for (int i = 0; i < attrs->size(); ++i) {
+                names.push_back((*attrs)[static_cast<unsigned>(i)]->name());
+            }
+            tags.push_back(names);
+            CHTMLAttrs* taken = attrs;
+            attrs = nullptr;
+            parser->recycleAttrs(taken);
+        }
+        void onEndTag(HTMLTag) override {}
+        CHTMLBaseParser* parser = nullptr;
+        std::vector<CHTMLAttrs*> seen;
+        std::vector<Strings> tags;
+    } recycler;
+    CHTMLBaseParser parser;
+    recycler.parser = &parser;
+    parser.registerTagCallback(HTML_ALL_TAGS, &recycler);
+    parser.startParse();
+    const std::string page = "<a href=1 name=n><b id=2><i>";
+    parser.continueParse(page.data(), static_cast<unsigned>(page.size()));
+    parser.stopParse();
+    ASSERT_EQ(recycler.seen.size(), 3u);
+    EXPECT_EQ(recycler.seen[1], recycler.seen[0]);
+    EXPECT_EQ(recycler.seen[2], recycler.seen[0]);
+    EXPECT_EQ(recycler.tags, (std::vector<Strings>{{"href", "name"}, {"id"}, {}}));
+    // Handing back a list twice, or the parser's own, changes nothing; a
+    // second list handed back replaces (and frees) the first.
+    parser.recycleAttrs(nullptr);
+    parser.recycleAttrs(new CHTMLAttrs());
+    parser.recycleAttrs(new CHTMLAttrs());
+}
+
 TEST(HTMLBaseParser, InputFedFromInsideACallbackIsScannedAfterThePiece) {
     struct Feeder : TagCallback {
         void onStartTag(HTMLTag tag, CHTMLAttrs*&) override {

@@ -433,6 +433,35 @@ TEST(HTMLLexerDump, PrintsEveryBatchInTheDiagnosticFormat) {
               "!!Error!!: `DEBUG: EOF reached'\n");
 }
 
+// A long unfinished token (here a processing instruction) makes the engine
+// keep the next pieces unscanned for a while; a quoted value that then begins
+// in those kept bytes and ends in the new piece is copied together, and the
+// check for a missing end quote reads the copy, not where the bytes were
+// before the copy grew: the warning comes as for the page fed whole.
+TEST(HTMLLexerPieces, QuotedValueFromKeptBytesIntoTheNewPieceIsReadWhole) {
+    for (const std::size_t instruction : {100u, 160u, 300u}) {
+        for (const std::size_t value : {20u, 25u, 40u, 130u}) {
+            const std::string page = "<b title=\"" + std::string(60, 'a') + "\"><?" +
+                                     std::string(instruction, 'x') + "><a title=\"" +
+                                     std::string(value, 'v') + ">x=\" href=\"" +
+                                     std::string(value, 'w') + "\">t</a>" + std::string(300, 'z');
+            TokenRecorder whole;
+            {
+                CHTMLLexer lexer(&whole);
+                FeedLexer(lexer, page);
+            }
+            ASSERT_TRUE(whole.hasMessage("missing attribute end-quote?"));
+            for (std::size_t piece = 1; piece <= 160; ++piece) {
+                TokenRecorder rec;
+                CHTMLLexer lexer(&rec);
+                FeedLexer(lexer, page, piece);
+                ASSERT_EQ(rec.tokens, whole.tokens) << "instruction " << instruction << ", value "
+                                                    << value << ", pieces of " << piece;
+            }
+        }
+    }
+}
+
 TEST(HTMLLexerPieces, TagSplitAcrossTwoPiecesIsOneTag) {
     TokenRecorder rec;
     CHTMLLexer lexer(&rec);

@@ -1082,3 +1082,46 @@ TEST(HTMLScannerLinkTest, LinkUrlOfPrintableAsciiIsKeptAndAnyBlankAnywhereIsHand
         EXPECT_EQ(ProcessURL(control.c_str()), control) << at;
     }
 }
+
+// A start tag that makes a page object takes the attribute list from the
+// lexer: the list pointer comes back null, the object holds the attributes,
+// and a tag without an object leaves the list where it was.
+TEST(HTMLScannerTagCallbackTest, PageObjectTakesTheListAndSetsTheLexersPointerToNull) {
+    CHTMLScannerImpl impl;
+    impl.startParse();
+    CHTMLScannerTextCallback text;
+    CHTMLScannerTagCallback cb(&impl, &text);
+
+    CHTMLAttrs* list = new CHTMLAttrs();
+    list->add(new CHTMLAttr("href", "next.html"));
+    list->add(new CHTMLAttr("name", "n"));
+    cb.onStartTag(HTML_A, list);
+    EXPECT_EQ(list, nullptr);
+
+    CHTMLAttrs* plain = new CHTMLAttrs();
+    plain->add(new CHTMLAttr("class", "x"));
+    CHTMLAttrs* const before = plain;
+    cb.onStartTag(HTML_B, plain);
+    EXPECT_EQ(plain, before);
+    EXPECT_EQ(plain->size(), 1);
+    delete plain;
+
+    cb.stopParse();
+    impl.stopParse();
+}
+
+// The same through a scan: the anchors' attributes are all in the model even
+// though every anchor's list was taken from the lexer, which reuses them.
+TEST(HTMLScannerTagCallbackTest, ListsTakenByPageObjectsLeaveEveryAttributeInTheModel) {
+    std::string page = "<html><body>";
+    for (int i = 0; i < 200; ++i) {
+        page += "<a href=\"p" + std::to_string(i) + ".html\" title=\"t" + std::to_string(i) +
+                "\">x</a><b class=c" + std::to_string(i) + ">y</b>";
+    }
+    const auto scanner = ScanPage(page);
+    ASSERT_EQ(scanner->nLinks(), 200);
+    for (int i = 0; i < 200; ++i) {
+        const CHTMLLink* link = scanner->link(static_cast<unsigned>(i));
+        EXPECT_STREQ(link->url(), ("p" + std::to_string(i) + ".html").c_str());
+    }
+}
