@@ -276,6 +276,12 @@ CHTMLAttr::CHTMLAttr(const CHTMLAttr& other)
       m_valueBorrowed(false),
       m_inArena(false) {}
 
+CHTMLAttr* CHTMLAttrs::OutOfArena(CHTMLAttr* attr) {
+    CHTMLAttr* own = new CHTMLAttr(*attr);
+    delete attr;
+    return own;
+}
+
 CHTMLAttr* CHTMLAttr::NewInArena(CHTMLAttrArena& arena, const CHTMLAttr& from) {
     void* place = arena.allocate(sizeof(CHTMLAttr), alignof(CHTMLAttr));
     if (place == nullptr) {

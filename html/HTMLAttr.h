@@ -149,10 +149,17 @@ public:
     void add(CHTMLAttr* attr);
     void add(const char* name, const char* value);
     /// Removes the last attribute and hands it to the caller (who then owns
-    /// it, for instance to reuse it); null when the list is empty. One taken
-    /// from a list placed in an arena reads its texts there: it must not be
-    /// used after the arena is cleared.
-    CHTMLAttr* takeLast() { return m_count > 0 ? m_items[--m_count] : nullptr; }
+    /// it, for instance to reuse it); null when the list is empty. An
+    /// attribute placed in an arena is handed out as a copy of its own, so
+    /// that it outlives the arena like any other.
+    CHTMLAttr* takeLast() {
+        if (m_count == 0) {
+            return nullptr;
+        }
+        CHTMLAttr* attr = m_items[--m_count];
+        return attr->m_inArena || attr->m_nameBorrowed || attr->m_valueBorrowed ? OutOfArena(attr)
+                                                                                : attr;
+    }
     /// No bounds check.
     CHTMLAttr* operator[](unsigned i) const { return m_items[i]; }
     int size() const { return m_count; }
@@ -164,6 +171,9 @@ public:
 private:
     struct InArena {};
     CHTMLAttrs(InArena, CHTMLAttr** items, int capacity, int count);
+    /// A heap copy of an attribute that lies in an arena or reads its texts
+    /// there; the arena's one is destroyed.
+    static CHTMLAttr* OutOfArena(CHTMLAttr* attr);
 
     CHTMLAttr** m_items;
     int m_capacity;

@@ -320,6 +320,51 @@ TEST(HTMLAttrsInArena, TakenAttributeCanBeDeletedByTheTaker) {
     EXPECT_STREQ((*list)[0]->value(), "2");
 }
 
+// Taking an attribute out of a list in the arena hands over a copy of its
+// own: it is still whole after the arena is cleared (the page moved on).
+TEST(HTMLAttrsInArena, TakenAttributeOutlivesTheArena) {
+    CHTMLAttrArena arena;
+    CHTMLAttrs source;
+    source.add("href", "next.html");
+    source.add("title", "a longer title that is not stored inline");
+    std::unique_ptr<CHTMLAttrs> list(CHTMLAttrs::NewInArena(arena, &source));
+    std::unique_ptr<CHTMLAttr> title(list->takeLast());
+    std::unique_ptr<CHTMLAttr> href(list->takeLast());
+    ASSERT_TRUE(title && href);
+    EXPECT_FALSE(arena.contains(title.get()));
+    EXPECT_FALSE(arena.contains(title->value()));
+    EXPECT_FALSE(title->valueInArena());
+    list.reset();
+    arena.clear();
+    EXPECT_STREQ(title->name(), "title");
+    EXPECT_STREQ(title->value(), "a longer title that is not stored inline");
+    EXPECT_STREQ(href->value(), "next.html");
+}
+
+// A scanned page: an attribute taken from a page object's list stays whole
+// after the scanner has started on the next page.
+TEST(HTMLAttrsInArena, AttributeTakenFromAPageObjectOutlivesThePage) {
+    CHTMLScanner scanner;
+    const std::string page = "<form action=\"/post\" name=\"login form\"><input name=q></form>";
+    scanner.startParse();
+    scanner.continueParse(page.data(), static_cast<unsigned>(page.size()));
+    scanner.endParse();
+    ASSERT_EQ(scanner.nForms(), 1);
+    CHTMLAttrs* attrs = scanner.form(0)->GetImpl()->attrs();
+    ASSERT_NE(attrs, nullptr);
+    ASSERT_GT(attrs->size(), 0);
+    std::unique_ptr<CHTMLAttr> taken(attrs->takeLast());
+    ASSERT_NE(taken, nullptr);
+    const std::string name = taken->name();
+    const std::string value = taken->value() != nullptr ? taken->value() : "(none)";
+    scanner.startParse();
+    const std::string other(5000, 'x');
+    scanner.continueParse(other.data(), static_cast<unsigned>(other.size()));
+    scanner.endParse();
+    EXPECT_EQ(std::string(taken->name()), name);
+    EXPECT_EQ(std::string(taken->value() != nullptr ? taken->value() : "(none)"), value);
+}
+
 TEST(HTMLObjectInArena, ObjectAndWrapperAreDestroyedWithoutFreeingArenaMemory) {
     CHTMLAttrArena arena;
     CHTMLAttrs source;
