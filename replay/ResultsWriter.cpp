@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 #include <ctime>
 #include <nlohmann/json.hpp>
 
@@ -462,22 +463,22 @@ bool CResultsWriter::OnRunEnd(double time, std::string& error) {
             out += m_firstEvent ? "],\n" : "\n],\n";
             out += "\"summary\":{\"end\":";
             AppendNumber(out, time);
-            out += ",\"requests\":";
-            AppendNumber(out, m_requests);
-            out += ",\"transactions\":";
-            AppendNumber(out, m_transactions);
-            out += ",\"transactionsFailed\":";
-            AppendNumber(out, m_transactionsFailed);
-            out += ",\"stepsFailed\":";
-            AppendNumber(out, m_stepsFailed);
-            out += ",\"usersStarted\":";
-            AppendNumber(out, m_usersStarted);
-            out += ",\"usersFailed\":";
-            AppendNumber(out, m_usersFailed);
-            out += ",\"iterations\":";
-            AppendNumber(out, m_iterations);
-            out += ",\"runMessages\":";
-            AppendNumber(out, m_messages);
+            const std::pair<const char*, std::uint64_t> counts[] = {
+                {"requests", m_requests},
+                {"transactions", m_transactions},
+                {"transactionsFailed", m_transactionsFailed},
+                {"stepsFailed", m_stepsFailed},
+                {"usersStarted", m_usersStarted},
+                {"usersFailed", m_usersFailed},
+                {"iterations", m_iterations},
+                {"runMessages", m_messages},
+            };
+            for (const auto& [name, value] : counts) {
+                out += ",\"";
+                out += name;
+                out += "\":";
+                AppendNumber(out, value);
+            }
             out += "}}\n";
         },
         error);

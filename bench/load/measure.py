@@ -37,19 +37,26 @@ def server_requests(port):
     return int(text.splitlines()[2].split()[2]) - 1
 
 
+def stat_fields(pid):
+    """The fields of /proc/<pid>/stat after the command name (state first),
+    or None when the process is gone."""
+    try:
+        with open(f"/proc/{pid}/stat") as f:
+            stat = f.read()
+    except OSError:
+        return None
+    return stat[stat.rindex(")") + 2:].split()
+
+
 def children():
     """pid -> list of child pids, for every process now."""
     tree = {}
     for name in os.listdir("/proc"):
         if not name.isdigit():
             continue
-        try:
-            with open(f"/proc/{name}/stat") as f:
-                stat = f.read()
-        except OSError:
-            continue
-        fields = stat[stat.rindex(")") + 2:].split()
-        tree.setdefault(int(fields[1]), []).append(int(name))
+        fields = stat_fields(name)
+        if fields is not None:
+            tree.setdefault(int(fields[1]), []).append(int(name))
     return tree
 
 
@@ -68,13 +75,9 @@ def cpu_seconds(root):
     children it reaped are in its cutime, the live ones are counted apart."""
     ticks = 0
     for pid in descendants(root):
-        try:
-            with open(f"/proc/{pid}/stat") as f:
-                stat = f.read()
-        except OSError:
-            continue
-        fields = stat[stat.rindex(")") + 2:].split()
-        ticks += sum(int(x) for x in fields[11:15])
+        fields = stat_fields(pid)
+        if fields is not None:
+            ticks += sum(int(x) for x in fields[11:15])
     return ticks / TICK
 
 

@@ -2,7 +2,6 @@
 // JIS sequence) are one token whatever their length and wherever the pieces
 // are cut; trailing white space of names is cut by whole characters.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <string>
@@ -10,6 +9,7 @@
 
 #include "HTMLTestSupport.h"
 #include "webstep/platform/CodePage.h"
+#include "support/HeapInUse.h"
 
 using webstep::test::FeedLexer;
 using webstep::test::RecordedToken;
@@ -245,23 +245,9 @@ TEST(HTMLLongRunNames, ShiftJisSpaceAtTheEndOfAnUnquotedValueIsCutWhole) {
 
 }  // namespace
 
-#if defined(__SANITIZE_ADDRESS__)
-// Exported by the sanitizer's runtime; g++ ships no header that declares it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
-
 namespace {
 
-// Bytes the heap holds: the sanitizer's allocator keeps its own count; glibc
-// serves blocks of this size from mmap, which the heap in use leaves out.
-std::size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
+using webstep::test::HeapInUse;
 
 TEST(HTMLLexerBuffer, PageFedWholeHoldsABufferOfItsOwnSizeNotTheNextPowerOfTwo) {
     // Tags all the way, so that no run is taken straight from the caller's

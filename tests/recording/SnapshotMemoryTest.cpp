@@ -1,7 +1,6 @@
 // Reading a snapshot XML file of about 100 MB must not take memory in
 // proportion to the file when bodies are left out or capped.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <atomic>
@@ -11,28 +10,15 @@
 
 #include "SnapshotTestSupport.h"
 #include "webstep/recording/SnapshotXmlReader.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-// Exported by the sanitizer's runtime; g++ ships no header that declares it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
+#include "support/HeapInUse.h"
 
 namespace {
+
+using webstep::test::HeapInUse;
 
 using snaptest::AllMessages;
 using snaptest::Base64;
 using snaptest::TempDir;
-
-// Bytes the heap holds: the sanitizer's allocator keeps its own count; glibc
-// serves large blocks from mmap, which mallinfo2 counts apart.
-std::size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
 
 // The highest heap use seen while it runs: sampled by a thread of its own and
 // by the caller (at each exchange).

@@ -3,7 +3,6 @@
 // that is killed or abandoned leaves no file; memory stays flat over a
 // million records.
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,24 +18,13 @@
 #include <string>
 
 #include "webstep/replay/ResultsWriter.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-// Exported by the sanitizer's runtime; g++ ships no header that declares it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
+#include "support/HeapInUse.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-std::size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
+using webstep::test::HeapInUse;
 
 // A folder of its own for each test, removed at the end even when it fails.
 class ResultsWriterTest : public testing::Test {

@@ -3,7 +3,6 @@
 // message, the progress line, the bounded time series, and the cost of a
 // request.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <chrono>
@@ -15,22 +14,11 @@
 #include <vector>
 
 #include "webstep/replay/RunStatistics.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-// Exported by the sanitizer's runtime; g++ ships no header that declares it.
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#endif
+#include "support/HeapInUse.h"
 
 namespace {
 
-std::size_t HeapInUse() {
-#if defined(__SANITIZE_ADDRESS__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const struct mallinfo2 info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
+using webstep::test::HeapInUse;
 
 using Histogram = CRunStatistics::Histogram;
 
