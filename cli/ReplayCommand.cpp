@@ -5,6 +5,7 @@
 #include "webstep/recording/ParameterSet.h"
 #include "webstep/recording/ScriptFolder.h"
 #include "webstep/replay/CompiledScript.h"
+#include "webstep/replay/Credentials.h"
 #include "webstep/replay/LoadRun.h"
 #include "webstep/replay/RecordedTransport.h"
 #include "webstep/replay/UserClock.h"
@@ -42,32 +43,6 @@ struct ReplayOptions {
 
 // Request bodies and URLs in the text output are cut here.
 constexpr size_t kTextLimit = 200;
-
-std::string Base64(const std::string& bytes) {
-    static const char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string out;
-    out.reserve((bytes.size() + 2) / 3 * 4);
-    size_t i = 0;
-    for (; i + 2 < bytes.size(); i += 3) {
-        const unsigned v = (static_cast<unsigned char>(bytes[i]) << 16) |
-                           (static_cast<unsigned char>(bytes[i + 1]) << 8) |
-                           static_cast<unsigned char>(bytes[i + 2]);
-        out += digits[(v >> 18) & 63];
-        out += digits[(v >> 12) & 63];
-        out += digits[(v >> 6) & 63];
-        out += digits[v & 63];
-    }
-    if (i < bytes.size()) {
-        unsigned v = static_cast<unsigned char>(bytes[i]) << 16;
-        if (i + 1 < bytes.size())
-            v |= static_cast<unsigned char>(bytes[i + 1]) << 8;
-        out += digits[(v >> 18) & 63];
-        out += digits[(v >> 12) & 63];
-        out += i + 1 < bytes.size() ? digits[(v >> 6) & 63] : '=';
-        out += '=';
-    }
-    return out;
-}
 
 const char* RoleName(RequestRole role) {
     switch (role) {
@@ -218,7 +193,7 @@ private:
             if (IsValidUtf8(request.body, true))
                 line["body"] = request.body;
             else
-                line["body_base64"] = Base64(request.body);
+                line["body_base64"] = CCredentials::Base64(request.body);
             line["status"] = held.status;
             line["recorded"] = held.check.recorded;
             line["recorded_same"] = held.check.Same();
